@@ -1,0 +1,39 @@
+// Files by wide names: every name that the system can hold. Failures leave their reason in the system's last error.
+#pragma once
+
+#include <cstdint>
+
+#include "Qvclr15x.h"
+
+namespace qv {
+
+enum class Disposition : uint8_t {
+  kReadExisting,  // for reading; the file must exist
+  kCreateAlways,  // for writing; an existing file is emptied
+};
+enum class Origin : uint8_t { kStart, kCurrent, kEnd };
+
+class File {
+ public:
+  File() = default;
+  ~File() { Close(); }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  bool Open(const QWChar* name, Disposition disposition);
+  bool IsOpen() const { return native_ != kClosed; }
+  bool Close();  // true too when nothing was open
+
+  // A read past the end is no failure: `*taken` tells what there was.
+  bool Read(void* bytes, size_t count, size_t* taken);
+  bool Write(const void* bytes, size_t count);
+  bool Seek(int64_t offset, Origin origin, int64_t* position = nullptr);
+
+  static bool Exists(const QWChar* name);
+
+ private:
+  static constexpr intptr_t kClosed = -1;
+  intptr_t native_ = kClosed;
+};
+
+}  // namespace qv

@@ -1,0 +1,45 @@
+#include "base/map_descriptor_posix.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qv {
+
+constinit MapDescriptor map_descriptor;
+
+int MapDescriptor::Get() {
+  const int number = number_.load(std::memory_order_acquire);
+  return number >= 0 ? number : Open();
+}
+
+int MapDescriptor::Renew(int lost) {
+  number_.compare_exchange_strong(lost, kNone);
+  return Get();
+}
+
+void MapDescriptor::Close() {
+  const int number = number_.exchange(kNone);
+  struct stat status;
+  // The number may stand for a file of the host by now.
+  if (number >= 0 && fstat(number, &status) == 0 && status.st_ino == inode_.load()) close(number);
+}
+
+int MapDescriptor::Open() {
+  // A child of fork would see its parent's map through the descriptor: it opens its own.
+  static const int at_fork = pthread_atfork(nullptr, nullptr, [] { map_descriptor.Close(); });
+  if (at_fork != 0) return kNone;
+  const int fresh = open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
+  struct stat status;
+  if (fresh < 0 || fstat(fresh, &status) != 0) return kNone;
+  int expected = kNone;
+  if (!number_.compare_exchange_strong(expected, fresh)) {
+    close(fresh);
+    return expected;  // another thread's
+  }
+  inode_.store(status.st_ino);
+  return fresh;
+}
+
+}  // namespace qv

@@ -1,0 +1,12 @@
+// Tests of memory that a caller handed over. They never touch it, and any number of threads may run them.
+#pragma once
+
+#include <cstddef>
+
+namespace qv {
+
+// True when each of the `bytes` bytes can be read (written); always true for 0 bytes.
+bool IsReadable(const void* memory, size_t bytes);
+bool IsWritable(const void* memory, size_t bytes);
+
+}  // namespace qv

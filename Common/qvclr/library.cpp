@@ -1,0 +1,67 @@
+#include "qvclr/library.h"
+
+#include "base/module.h"
+
+namespace qv {
+namespace {
+
+constinit Library library;
+
+void ReleaseAll(ConverterList& list) {
+  while (ConverterList::Node* node = list.First()) {
+    list.Unlink(node);
+    ConverterReleaser()(node->converter);
+    Release(node);
+  }
+}
+
+}  // namespace
+
+Library& TheLibrary() { return library; }
+
+void AttachLibrary() {
+  if (library.attachments.load() == 0) library.section.Open();
+  const SectionGuard guard(library.section);
+  library.resource_module.store(OwnModule());
+  library.attachments.fetch_add(1);
+}
+
+void DetachLibrary() {
+  {
+    const SectionGuard guard(library.section);
+    if (library.attachments.fetch_sub(1) > 1) return;
+    ReleaseAll(library.live);
+    ReleaseAll(library.leftovers);
+  }
+  library.section.Close();
+}
+
+void AddConverter(ConverterOwner converter, Owned<ConverterList::Node> node) {
+  const SectionGuard guard(library.section);
+  node->converter = converter.release();
+  library.live.Append(node.release());
+}
+
+Status CheckLive(const ColorConverter* converter) {
+  const SectionGuard guard(library.section);
+  // An address on the list is readable: it is the library's own.
+  const bool live = library.live.Find(converter) && converter->marker == kConverterMarker;
+  return live ? kSuccess : kInvalidConverter;
+}
+
+Status FreeConverter(ColorConverter* converter) {
+  const SectionGuard guard(library.section);
+  if (const Status status = CheckLive(converter); !Ok(status)) return status;
+  ConverterList::Node* node = library.live.Find(converter);
+  library.live.Unlink(node);
+  if (!ReleaseByMask(converter)) {
+    converter->marker = 0;
+    library.leftovers.Append(node);
+    return kSuccess;
+  }
+  Release(converter);
+  Release(node);
+  return kSuccess;
+}
+
+}  // namespace qv

@@ -1,0 +1,30 @@
+// The state of the module: what its resources are read from, its critical section, and the converters.
+#pragma once
+
+#include <atomic>
+
+#include "base/section.h"
+#include "qvclr/converter.h"
+
+namespace qv {
+
+struct Library {
+  std::atomic<void*> resource_module{nullptr};
+  Section section;
+  std::atomic<int32_t> attachments{0};  // changed under the section, but for the first
+  ConverterList live;
+  // Released converters that still hold what their method mask did not cover; they go at detach.
+  ConverterList leftovers;
+};
+Library& TheLibrary();
+
+// Called when a process loads and unloads the library.
+void AttachLibrary();
+void DetachLibrary();
+
+// Each takes the section. `Add` takes both over.
+void AddConverter(ConverterOwner converter, Owned<ConverterList::Node> node);
+Status CheckLive(const ColorConverter* converter);
+Status FreeConverter(ColorConverter* converter);
+
+}  // namespace qv

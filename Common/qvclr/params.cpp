@@ -1,0 +1,116 @@
+#include "qvclr/params.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/text.h"
+#include "qvclr/spaces.h"
+
+namespace qv {
+
+Status CopyWhitePoint(const WhitePointParams* from, Owned<WhitePointParams>* copy) {
+  if (from && !IsReadable(from, sizeof *from)) return kBadPointer;
+  *copy = New<WhitePointParams>();
+  if (!*copy) return kNoMemory;
+  if (from) {
+    std::memcpy(copy->get(), from, sizeof *from);
+  } else {
+    (*copy)->nWhitePoint = 50;
+  }
+  return kSuccess;
+}
+
+namespace {
+
+template <typename Record>
+Status CopySubRecord(const Record* from, Record** field) {
+  Record record;
+  if (const Status status = ReadSubRecord(from, &record); !Ok(status)) return status;
+  auto copy = New<Record>();
+  if (!copy) return kNoMemory;
+  *copy = record;
+  *field = copy.release();
+  return kSuccess;
+}
+
+// The caller's luma table may go away: the copy has its own. A count without a pointer is no table.
+Status CopyLumaTable(Space1Params* record) {
+  const uint8_t* table = record->pLumaTable;
+  record->pLumaTable = nullptr;
+  if (!table || record->nLumaTableBytes == 0) {
+    record->nLumaTableBytes = 0;
+    return kSuccess;
+  }
+  if (!IsReadable(table, record->nLumaTableBytes)) return kBadPointer;
+  auto copy = NewArray<uint8_t>(record->nLumaTableBytes);
+  if (!copy) return kNoMemory;
+  std::memcpy(copy.get(), table, record->nLumaTableBytes);
+  record->pLumaTable = copy.release();
+  return kSuccess;
+}
+
+Status MakeLabRecords(const LabParams* from, ColorConverter* converter) {
+  LabParams params;
+  if (const Status status = ReadSubRecord(from, &params); !Ok(status)) return status;
+  auto to_rgb = New<LabToRgbRecord>();
+  auto from_rgb = New<RgbToLabRecord>();
+  if (!to_rgb || !from_rgb) return kNoMemory;
+  to_rgb->constants = LabToRgbConstants(params);
+  from_rgb->constants = RgbToLabConstants(params);
+  converter->lab_to_rgb = to_rgb.release();
+  converter->rgb_to_lab = from_rgb.release();
+  return kSuccess;
+}
+
+}  // namespace
+
+Status CopySubRecords(const ConversionParams& params, uint32_t src_space, uint32_t dst_space,
+                      ColorConverter* converter) {
+  if (EitherIs(CS_CMYK, src_space, dst_space) && params.pCmykParams) {
+    if (const Status status = CopySubRecord(params.pCmykParams, &converter->cmyk_params); !Ok(status)) return status;
+  }
+  if (EitherIs(CS_YUV, src_space, dst_space) && params.pSpace1Params) {
+    if (const Status status = CopySubRecord(params.pSpace1Params, &converter->space1_params); !Ok(status)) return status;
+    if (const Status status = CopyLumaTable(converter->space1_params); !Ok(status)) return status;
+  }
+  if (EitherIs(CS_LAB, src_space, dst_space) && params.pLabParams) return MakeLabRecords(params.pLabParams, converter);
+  return kSuccess;
+}
+
+void ChooseMethod(uint32_t src_space, uint32_t dst_space, ConversionParams* params) {
+  if (params->nMethodMask != METHOD_AUTOMATIC || params->nActiveMethod != METHOD_AUTOMATIC) return;
+  uint32_t method = METHOD_AUTOMATIC;
+  if (!IsRgb(src_space) && !IsRgb(dst_space)) {
+    method = METHOD_FORMULA;
+  } else if (EitherIs(CS_CMYK, src_space, dst_space)) {
+    method = METHOD_ICC;
+  } else if (EitherIs(CS_LAB, src_space, dst_space)) {
+    method = METHOD_FORMULA;
+  } else if (src_space == CS_CMYK_PROFILE) {
+    method = METHOD_ICC;
+  }
+  params->nMethodMask = params->nActiveMethod = method;
+}
+
+void WidenParams(const ConversionParamsA& narrow, ConversionParams* wide) {
+  *wide = {};
+  wide->uStructSize = sizeof *wide;
+  wide->nActiveMethod = narrow.nActiveMethod;
+  wide->pWhitePoint = narrow.pWhitePoint;
+  wide->pSourceProfileMemory = narrow.pSourceProfileMemory;
+  wide->pDestProfileMemory = narrow.pDestProfileMemory;
+  wide->pCmykParams = narrow.pCmykParams;
+  wide->pSpace1Params = narrow.pSpace1Params;
+  wide->pLabParams = narrow.pLabParams;
+  wide->nMethodMask = narrow.nMethodMask;
+  wide->nEmulationTableKind = narrow.nEmulationTableKind;
+  const auto widen = [](const char(&from)[260], QWChar(&to)[260]) {
+    constexpr QWChar kReplacement = 0xFFFD;
+    if (!WideFromNarrow(from, to)) std::ranges::fill(to, kReplacement);  // without terminator: too long a name
+  };
+  widen(narrow.sSourceProfileName, wide->sSourceProfileName);
+  widen(narrow.sDestProfileName, wide->sDestProfileName);
+  widen(narrow.sEmulationTableName, wide->sEmulationTableName);
+}
+
+}  // namespace qv
