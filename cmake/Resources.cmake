@@ -9,7 +9,7 @@ else()
 endif()
 
 function(qv_add_resources target script)
-  cmake_path(ABSOLUTE_PATH script)
+  cmake_path(ABSOLUTE_PATH script NORMALIZE)
   qv_resource_table("${script}" table inputs)
   if(WIN32)
     set(source "${script}")

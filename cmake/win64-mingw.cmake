@@ -33,8 +33,4 @@ foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-static")
 endforeach()
 
-find_program(QV_WINE NAMES wine wine-stable wine64)
-if(QV_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/env "WINEPREFIX=${cache}/wine" WINEDEBUG=-all
-      "WINEDLLOVERRIDES=mscoree,mshtml,winemenubuilder.exe=" "${QV_WINE}")
-endif()
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/lib/wine")

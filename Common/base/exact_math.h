@@ -1,5 +1,5 @@
-// Mathematics with the same bits on every machine. The C libraries of the two systems differ in the last bits of pow and
-// its like, which a truncation can turn into another byte.
+// Mathematics with the same bits on every machine. The C libraries of the two systems differ in the last bits of pow
+// and its like, which a truncation can turn into another byte.
 #pragma once
 
 #include <cstdint>

@@ -25,8 +25,8 @@ bool File::Open(const QWChar* name, Disposition disposition) {
   if (Refused()) return false;
   const bool reading = disposition == Disposition::kReadExisting;
   native_ = reinterpret_cast<intptr_t>(CreateFileW(
-      name, reading ? GENERIC_READ : GENERIC_WRITE, reading ? FILE_SHARE_READ : FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-      reading ? OPEN_EXISTING : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+      name, reading ? GENERIC_READ : GENERIC_WRITE, reading ? FILE_SHARE_READ : FILE_SHARE_READ | FILE_SHARE_WRITE,
+      nullptr, reading ? OPEN_EXISTING : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
   return IsOpen();
 }
 

@@ -9,8 +9,8 @@ namespace qv {
 
 class MapDescriptor {
  public:
-  int Get();             // below 0: there is none to be had
-  int Renew(int lost);   // `lost` no longer serves: a host may close every descriptor that it finds
+  int Get();            // below 0: there is none to be had
+  int Renew(int lost);  // `lost` no longer serves: a host may close every descriptor that it finds
   void Close();
 
  private:

@@ -57,8 +57,8 @@ void* Obtain(size_t bytes, Form form, const Where& where) {
   auto* entry = static_cast<Entry*>(whole == SIZE_MAX ? nullptr : std::calloc(whole, 1));
   if (!entry) return nullptr;
   entry->bytes = bytes;
-  entry->file = where.file_name();
-  entry->line = where.line();
+  entry->file = where.file;
+  entry->line = where.line;
   entry->form = form;
   ledger.Link(entry);
   return entry + 1;
@@ -77,8 +77,8 @@ void* Resize(void* block, size_t bytes, Form form, const Where& where) {
     return nullptr;
   }
   resized->bytes = bytes;
-  resized->file = where.file_name();
-  resized->line = where.line();
+  resized->file = where.file;
+  resized->line = where.line;
   ledger.Link(resized);
   auto* begin = reinterpret_cast<uint8_t*>(resized + 1);
   for (size_t i = old_bytes; i < bytes; ++i) begin[i] = 0;

@@ -5,25 +5,32 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <source_location>
 #include <type_traits>
 
 namespace qv {
 
-using Where = std::source_location;
+// The place of a call: as a default argument, that of the caller.
+struct Where {
+  const char* file;
+  uint32_t line;
+  static constexpr Where Here(const char* file = __builtin_FILE(), uint32_t line = __builtin_LINE()) {
+    return {file, line};
+  }
+};
 
-[[nodiscard]] void* Allocate(size_t size, size_t count, Where where = Where::current());
+[[nodiscard]] void* Allocate(size_t size, size_t count, Where where = Where::Here());
 void Release(void* block);
 
 // The second form, for profile byte images: its blocks can grow (the new bytes are zero), and are released by their own
 // function. A failed growth leaves the image as it was.
-[[nodiscard]] void* AllocateImage(size_t size, Where where = Where::current());
-[[nodiscard]] void* ResizeImage(void* image, size_t size, Where where = Where::current());
+[[nodiscard]] void* AllocateImage(size_t size, Where where = Where::Here());
+[[nodiscard]] void* ResizeImage(void* image, size_t size, Where where = Where::Here());
 void ReleaseImage(void* image);
 
-// For the colour engine, which does not survive every failure inside it: in the ledger, but out of reach of the fault hook.
-[[nodiscard]] void* AllocateForEngine(size_t size, Where where = Where::current());
-[[nodiscard]] void* ResizeForEngine(void* block, size_t size, Where where = Where::current());
+// For the colour engine, which does not survive every failure inside it: in the ledger, but out of reach of the fault
+// hook.
+[[nodiscard]] void* AllocateForEngine(size_t size, Where where = Where::Here());
+[[nodiscard]] void* ResizeForEngine(void* block, size_t size, Where where = Where::Here());
 void ReleaseForEngine(void* block);
 
 struct LedgerTotals {
@@ -47,12 +54,12 @@ using Owned = std::unique_ptr<T, Releaser>;
 
 // Null on failure. Trivial types only: zero bytes are their initial value and nothing is to be destroyed.
 template <typename T>
-[[nodiscard]] Owned<T> New(Where where = Where::current()) {
+[[nodiscard]] Owned<T> New(Where where = Where::Here()) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
   return Owned<T>(static_cast<T*>(Allocate(sizeof(T), 1, where)));
 }
 template <typename T>
-[[nodiscard]] Owned<T[]> NewArray(size_t count, Where where = Where::current()) {
+[[nodiscard]] Owned<T[]> NewArray(size_t count, Where where = Where::Here()) {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
   return Owned<T[]>(static_cast<T*>(Allocate(sizeof(T), count, where)));
 }

@@ -19,7 +19,8 @@ bool IsCovered(const void* memory, size_t bytes, DWORD protections) {
   while (at < end) {
     MEMORY_BASIC_INFORMATION region;
     if (VirtualQuery(reinterpret_cast<const void*>(at), &region, sizeof region) == 0) return false;
-    if (region.State != MEM_COMMIT || (region.Protect & protections) == 0 || (region.Protect & PAGE_GUARD)) return false;
+    if (region.State != MEM_COMMIT || (region.Protect & protections) == 0 || (region.Protect & PAGE_GUARD))
+      return false;
     at = reinterpret_cast<uintptr_t>(region.BaseAddress) + region.RegionSize;
   }
   return true;

@@ -6,21 +6,21 @@
 namespace qv {
 
 // Any 32-bit value can stand here: a missing resource is told by the system's own (positive) error number.
-enum class [[nodiscard]] Status : int32_t {
-  kSuccess = SUCCESS,
-  kFailure = ERR_FAILURE,
-  kNoMemory = ERR_NO_MEMORY,
-  kProfileName = ERR_PROFILE_NAME,
-  kInvalidParameter = ERR_INV_PARAMETER,
-  kBadPointer = ERR_BAD_POINTER,
-  kInvalidConverter = ERR_INV_CONVERTER,
-  kInPlacePadding = ERR_INPLACE_PADDING,
-  kUnsupportedColorSpace = ERR_UNSUPPORTED_COLORSPACE,
-  kUnsupportedMethod = ERR_UNSUPPORTED_METHOD,
-  kProfileOpen = ERR_PROFILE_OPEN,
-  kInvalidStructSize = ERR_INV_STRUCT_SIZE,
-  kInvalidWidthAlignment = ERR_INV_WIDTH_ALIGNMENT,
-  kInvalidYuv9Size = ERR_INV_YUV9_SIZE,
+enum class [[nodiscard]] Status : int32_t{
+    kSuccess = SUCCESS,
+    kFailure = ERR_FAILURE,
+    kNoMemory = ERR_NO_MEMORY,
+    kProfileName = ERR_PROFILE_NAME,
+    kInvalidParameter = ERR_INV_PARAMETER,
+    kBadPointer = ERR_BAD_POINTER,
+    kInvalidConverter = ERR_INV_CONVERTER,
+    kInPlacePadding = ERR_INPLACE_PADDING,
+    kUnsupportedColorSpace = ERR_UNSUPPORTED_COLORSPACE,
+    kUnsupportedMethod = ERR_UNSUPPORTED_METHOD,
+    kProfileOpen = ERR_PROFILE_OPEN,
+    kInvalidStructSize = ERR_INV_STRUCT_SIZE,
+    kInvalidWidthAlignment = ERR_INV_WIDTH_ALIGNMENT,
+    kInvalidYuv9Size = ERR_INV_YUV9_SIZE,
 };
 using enum Status;
 

@@ -7,8 +7,8 @@
 
 namespace qv {
 
-// Converts up to the terminator or, where there is none, all of `narrow`; the rest of `wide` becomes zero. False when the
-// text does not fit or is malformed; `wide` is then all zero. Text that fills `wide` has no terminator.
+// Converts up to the terminator or, where there is none, all of `narrow`; the rest of `wide` becomes zero. False when
+// the text does not fit or is malformed; `wide` is then all zero. Text that fills `wide` has no terminator.
 bool WideFromNarrow(std::span<const char> narrow, std::span<QWChar> wide);
 
 // Room for a name in the system's own narrow file-name encoding: 3 bytes of UTF-8 per UTF-16 unit.

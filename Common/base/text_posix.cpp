@@ -12,7 +12,11 @@ constexpr char32_t kMalformed = 0xFFFFFFFF;
 // Takes one code point off the front: no overlong forms, no surrogates, nothing above U+10FFFF.
 char32_t TakeCodePoint(std::span<const char>& text) {
   const auto lead = static_cast<uint8_t>(text[0]);
-  const size_t length = lead < 0x80 ? 1 : lead >= 0xC2 && lead < 0xE0 ? 2 : (lead & 0xF0) == 0xE0 ? 3 : lead < 0xF5 ? 4 : 0;
+  const size_t length = lead < 0x80                   ? 1
+                        : lead >= 0xC2 && lead < 0xE0 ? 2
+                        : (lead & 0xF0) == 0xE0       ? 3
+                        : lead < 0xF5                 ? 4
+                                                      : 0;
   if (length == 0 || (length == 4 && lead < 0xF0) || text.size() < length) return kMalformed;
   char32_t point = length == 1 ? lead : lead & (0x7F >> length);
   for (size_t i = 1; i < length; ++i) {

@@ -46,8 +46,8 @@ extern "C" int32_t Q_ClrConvert(ColorConverter* hConverter, const void* pSrc, vo
   });
 }
 
-extern "C" int32_t Q_ClrConvertDirect(uint32_t nSrcSpace, uint32_t nDstSpace, const void* pSrc, void* pDst, int32_t width,
-                                      int32_t height, int32_t nInAlign, int32_t nOutAlign) {
+extern "C" int32_t Q_ClrConvertDirect(uint32_t nSrcSpace, uint32_t nDstSpace, const void* pSrc, void* pDst,
+                                      int32_t width, int32_t height, int32_t nInAlign, int32_t nOutAlign) {
   return AtBoundary(kNoMemory, [&]() -> Status {
     if (!pSrc || !pDst) return kInvalidParameter;
     if (width <= 0 || height <= 0) return kInvalidParameter;

@@ -15,8 +15,8 @@ class IccTransform;
 struct ColorConverter {
   uint32_t marker;  // kConverterMarker
   uint32_t src_space, dst_space;
-  qv::IccTransform* built_in_icc;  // METHOD_ICC
-  qv::IccTransform* custom_icc;    // METHOD_CUSTOM_ICC
+  qv::IccTransform* built_in_icc;          // METHOD_ICC
+  qv::IccTransform* custom_icc;            // METHOD_CUSTOM_ICC
   uint32_t icc_in_format, icc_out_format;  // of the engine; on route 2, the two spaces
   CmykParams* cmyk_params;
   Space1Params* space1_params;
@@ -40,7 +40,7 @@ struct ColorConverter {
 namespace qv {
 
 inline constexpr uint32_t kConverterMarker = 1712;
-inline constexpr uint32_t kRouteDirect = 1;   // equal spaces, or one side is RGB or BGR
+inline constexpr uint32_t kRouteDirect = 1;    // equal spaces, or one side is RGB or BGR
 inline constexpr uint32_t kRouteTwoSteps = 2;  // through RGB
 inline constexpr uint32_t kGamma = 45;
 

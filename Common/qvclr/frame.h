@@ -16,10 +16,10 @@ struct Frame {
 
   size_t Padding() const { return pad > 0 ? static_cast<size_t>(pad) : 0; }
   size_t Rows() const { return static_cast<size_t>(height); }
-  size_t LineBytes() const;      // of one line, without padding
+  size_t LineBytes() const;         // of one line, without padding
   size_t BytesToLastPixel() const;  // the last line without padding
   size_t BytesWithPadding() const;  // every line with padding
-  size_t KernelBytes() const;    // what a kernel tests: whole-frame pixels, then every line's padding
+  size_t KernelBytes() const;       // what a kernel tests: whole-frame pixels, then every line's padding
 };
 
 // The size rules of both sides, the source's first.

@@ -22,14 +22,14 @@ EngineProfile OpenProfile(cmsContext context, const IccSide& side) {
 
 cmsHTRANSFORM Link(cmsContext context, const IccSide& in, const EngineProfile& in_profile, const IccSide& out,
                    const EngineProfile& out_profile, const EngineProfile& white) {
-  constexpr cmsUInt32Number kFlags = 0;
   if (!white) {
     return cmsCreateTransformTHR(context, in_profile.get(), in.space->icc_format, out_profile.get(),
-                                 out.space->icc_format, INTENT_PERCEPTUAL, kFlags);
+                                 out.space->icc_format, INTENT_PERCEPTUAL, 0);
   }
+  // The engine would pin the source's white to the destination's; here they are meant to differ.
   cmsHPROFILE chain[] = {in_profile.get(), white.get(), out_profile.get()};
   return cmsCreateMultiprofileTransformTHR(context, chain, 3, in.space->icc_format, out.space->icc_format,
-                                           INTENT_PERCEPTUAL, kFlags);
+                                           INTENT_PERCEPTUAL, cmsFLAGS_NOWHITEONWHITEFIXUP);
 }
 
 }  // namespace

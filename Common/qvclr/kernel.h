@@ -32,8 +32,8 @@ struct RowArgs {
   size_t rgb_stride = 0;  // from one line of the RGB side to the next
 };
 
-// Converts `width` pixels. For a band, `src` and `dst` are its first row; on a planar side, that row of the first plane.
-// Anything but success stops the conversion there and is its result.
+// Converts `width` pixels. For a band, `src` and `dst` are its first row; on a planar side, that row of the first
+// plane. Anything but success stops the conversion there and is its result.
 using RowFn = Status (*)(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args);
 
 struct Kernel {
@@ -52,8 +52,8 @@ Status ScalarRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& 
   return kSuccess;
 }
 
-// Size rules: kInvalidWidthAlignment, kInvalidYuv9Size. A buffer that does not hold the frame with every line's padding:
-// kInvalidParameter. An overlap that needs a copy of the input: kNoMemory when there is none.
+// Size rules: kInvalidWidthAlignment, kInvalidYuv9Size. A buffer that does not hold the frame with every line's
+// padding: kInvalidParameter. An overlap that needs a copy of the input: kNoMemory when there is none.
 Status RunKernel(const Kernel& kernel, const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst,
                  RowArgs args);
 

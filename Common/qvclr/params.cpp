@@ -70,7 +70,8 @@ Status CopySubRecords(const ConversionParams& params, uint32_t src_space, uint32
     if (const Status status = CopySubRecord(params.pCmykParams, &converter->cmyk_params); !Ok(status)) return status;
   }
   if (EitherIs(CS_YUV, src_space, dst_space) && params.pSpace1Params) {
-    if (const Status status = CopySubRecord(params.pSpace1Params, &converter->space1_params); !Ok(status)) return status;
+    if (const Status status = CopySubRecord(params.pSpace1Params, &converter->space1_params); !Ok(status))
+      return status;
     if (const Status status = CopyLumaTable(converter->space1_params); !Ok(status)) return status;
   }
   if (EitherIs(CS_LAB, src_space, dst_space) && params.pLabParams) return MakeLabRecords(params.pLabParams, converter);

@@ -16,7 +16,8 @@ constexpr bool EitherIs(uint32_t space, uint32_t src_space, uint32_t dst_space) 
   return src_space == space || dst_space == space;
 }
 
-// Reads a sub-record that opens with its size. kBadPointer when it is not readable, kInvalidStructSize for another size.
+// Reads a sub-record that opens with its size. kBadPointer when it is not readable, kInvalidStructSize for another
+// size.
 template <typename Record>
 Status ReadSubRecord(const Record* from, Record* record) {
   if (!IsReadable(from, sizeof(Record))) return kBadPointer;

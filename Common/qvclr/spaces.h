@@ -23,7 +23,7 @@ struct Space {
   const char* layout;
   uint8_t bits;  // per pixel
   SizeRule rule;
-  const Kernel* to_rgb;    // null while there is none
+  const Kernel* to_rgb;  // null while there is none
   const Kernel* from_rgb;
   uint32_t icc_format = 0;   // the engine's pixel format; 0: not converted by ICC
   uint32_t icc_bytes = 0;    // per pixel of that format

@@ -27,7 +27,8 @@ class GuardedBuffer {
     Protect(base_ + (pages_ + 1) * PageSize(), 1, Protection::kNone);
     data_ = base_ + PageSize() + (flush == Flush::kEnd ? pages_ * PageSize() - size : 0);
   }
-  explicit GuardedBuffer(std::span<const uint8_t> bytes, Flush flush = Flush::kEnd) : GuardedBuffer(bytes.size(), flush) {
+  explicit GuardedBuffer(std::span<const uint8_t> bytes, Flush flush = Flush::kEnd)
+      : GuardedBuffer(bytes.size(), flush) {
     if (!bytes.empty()) std::memcpy(data_, bytes.data(), bytes.size());
   }
   ~GuardedBuffer() { UnmapPages(base_, pages_ + 2); }

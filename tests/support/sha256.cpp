@@ -27,7 +27,9 @@ constexpr std::array<uint32_t, 64> kRoundConstants = [] {
   return constants;
 }();
 
-uint32_t Big32(const uint8_t* at) { return uint32_t{at[0]} << 24 | uint32_t{at[1]} << 16 | uint32_t{at[2]} << 8 | at[3]; }
+uint32_t Big32(const uint8_t* at) {
+  return uint32_t{at[0]} << 24 | uint32_t{at[1]} << 16 | uint32_t{at[2]} << 8 | at[3];
+}
 
 }  // namespace
 

@@ -1,6 +1,6 @@
 // CS_CMYK by formula: complements with a tunable black generation. The exponents differ on purpose: 5 (and 2 for the
-// spread of the inks) on the way to CMYK, 4 on the way back. At the standard parameter, 175, black takes nothing from the
-// inks, K is 17.5 % of the smallest one, and the way back ignores it: intended, a round trip changes no pixel.
+// spread of the inks) on the way to CMYK, 4 on the way back. At the standard parameter, 175, black takes nothing from
+// the inks, K is 17.5 % of the smallest one, and the way back ignores it: intended, a round trip changes no pixel.
 #include <algorithm>
 #include <array>
 
@@ -41,7 +41,8 @@ void RGBToCMYKPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
 void CMYKToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
   const int c = src[0], m = src[1], y = src[2];
   const auto [smallest, largest] = std::minmax({c, m, y});
-  const int weight = kGrayWeightTable[static_cast<size_t>(smallest - largest + 255)];
+  const auto neutrality = static_cast<uint8_t>(smallest - largest + 255);
+  const int weight = kGrayWeightTable[neutrality];
   const int black = std::min(((src[3] * weight) >> 8) * args.black.grey_factor, 255 - largest);
   const auto red = static_cast<uint8_t>(255 - c - black);
   const auto blue = static_cast<uint8_t>(255 - y - black);
@@ -52,9 +53,15 @@ void CMYKToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
 
 }  // namespace
 
-const Kernel RGBToCMYK = {
-    .name = "RGBToCMYK", .row = ScalarRow<RGBToCMYKPixel, 3, 4>, .src_bytes = 3, .dst_bytes = 4, .prepare = PrepareBlack};
-const Kernel CMYKToRGB = {
-    .name = "CMYKToRGB", .row = ScalarRow<CMYKToRGBPixel, 4, 3>, .src_bytes = 4, .dst_bytes = 3, .prepare = PrepareBlack};
+const Kernel RGBToCMYK = {.name = "RGBToCMYK",
+                          .row = ScalarRow<RGBToCMYKPixel, 3, 4>,
+                          .src_bytes = 3,
+                          .dst_bytes = 4,
+                          .prepare = PrepareBlack};
+const Kernel CMYKToRGB = {.name = "CMYKToRGB",
+                          .row = ScalarRow<CMYKToRGBPixel, 4, 3>,
+                          .src_bytes = 4,
+                          .dst_bytes = 3,
+                          .prepare = PrepareBlack};
 
 }  // namespace qv

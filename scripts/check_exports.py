@@ -1,0 +1,61 @@
+#!/usr/bin/env python3
+"""Checks what the built libraries show to the outside.
+
+check_exports.py DEF LIBRARY...   (.so and .dll)
+
+Each exports exactly the names of the module definition. A DLL needs no other DLL than Windows' own, and moves no
+32- or 64-byte vector as an aligned one at a stack address: the stack of Windows is aligned to 16 bytes only.
+"""
+import re
+import subprocess
+import sys
+
+WINDOWS_OWN = {"kernel32.dll", "msvcrt.dll", "user32.dll", "comdlg32.dll", "gdi32.dll"}
+PREFIX = "x86_64-w64-mingw32-"
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def exports_of_so(path):
+    return {line.split()[-1] for line in output_of("nm", "-D", "--defined-only", path).splitlines()}
+
+
+def exports_of_dll(dump):
+    table = dump.split("[Ordinal/Name Pointer] Table", 1)[1].split("\n\n", 1)[0]
+    return set(re.findall(r"\[\s*\d+\]\s+(?:\+base\[\s*\d+\]\s+\w+\s+)?(\w+)", table))
+
+
+def aligned_stack_moves(path):
+    move = re.compile(r"\bvmov(?:aps|apd|dqa(?:32|64)?)\b.*%[yz]mm")
+    stack = re.compile(r"\(%r[sb]p\b")
+    code = output_of(PREFIX + "objdump", "-d", "--no-show-raw-insn", path)
+    return [line.strip() for line in code.splitlines() if move.search(line) and stack.search(line)]
+
+
+def faults_of(path, wanted):
+    if not path.endswith(".dll"):
+        exported = exports_of_so(path)
+    else:
+        dump = output_of(PREFIX + "objdump", "-p", path)
+        exported = exports_of_dll(dump)
+        for name in re.findall(r"DLL Name: (\S+)", dump):
+            if name.lower() not in WINDOWS_OWN:
+                yield f"needs {name}"
+        for line in aligned_stack_moves(path):
+            yield f"aligned vector move on the stack: {line}"
+    for name in sorted(wanted ^ exported):
+        yield f"{'lacks' if name in wanted else 'exports too'}: {name}"
+
+
+def main(definition, *libraries):
+    with open(definition, encoding="ascii") as lines:
+        wanted = {line.strip() for line in lines if line.startswith("    ")}
+    faults = [f"{path}: {fault}" for path in libraries for fault in faults_of(path, wanted)]
+    print("\n".join(faults) if faults else f"{len(wanted)} exports, the same in {len(libraries)} libraries")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
