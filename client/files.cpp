@@ -1,0 +1,50 @@
+#include "files.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+
+#include "failure.h"
+
+namespace client {
+
+std::vector<uint8_t> ReadFile(const std::string& path) {
+  std::error_code error;
+  const uintmax_t bytes = std::filesystem::file_size(path, error);
+  std::ifstream file(path, std::ios::binary);
+  if (error || !file) Fail(path, ": cannot be read");
+  std::vector<uint8_t> content(bytes);
+  if (!file.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(bytes))) {
+    Fail(path, ": cannot be read");
+  }
+  return content;
+}
+
+std::string Extension(const std::string& path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  std::ranges::transform(extension, extension.begin(),
+                         [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension;
+}
+
+OutputFile::OutputFile(const std::string& path) : path_(path), part_path_(path + ".qvclr-part") {
+  // A device or a folder must not be replaced by a file.
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) Fail(path, ": is no ordinary file");
+}
+
+OutputFile::~OutputFile() {
+  std::error_code ignored;
+  if (!part_path_.empty()) std::filesystem::remove(part_path_, ignored);
+}
+
+void OutputFile::Commit() {
+  std::error_code error;
+  std::filesystem::rename(part_path_, path_, error);
+  if (error) Fail(path_, ": cannot be created: ", error.message());
+  part_path_.clear();
+}
+
+}  // namespace client

@@ -1,0 +1,30 @@
+// Whole files, and output files that appear only when they are complete.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace client {
+
+std::vector<uint8_t> ReadFile(const std::string& path);
+
+// The lower-case part of a name behind its last dot, with the dot: ".tif".
+std::string Extension(const std::string& path);
+
+// A file is written under PartPath() and gets its name by Commit(); without it, nothing is left.
+class OutputFile {
+ public:
+  explicit OutputFile(const std::string& path);
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  const std::string& PartPath() const { return part_path_; }
+  void Commit();
+
+ private:
+  std::string path_, part_path_;
+};
+
+}  // namespace client

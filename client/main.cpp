@@ -1,0 +1,34 @@
+// qvclr, the command-line client of the library.
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+
+#include "commands.h"
+
+namespace {
+
+int FailWith(const char* line) {
+  std::fprintf(stderr, "qvclr: %s\n", line);
+  return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    CLI::App app("Colour conversion of images and raw pixels", "qvclr");
+    app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // a path may begin with a slash on any system
+    client::AddConvertCommand(app);
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+      return app.exit(help);
+    }
+    return 0;
+  } catch (const std::bad_alloc&) {
+    return FailWith("not enough memory");
+  } catch (const std::exception& error) {
+    return FailWith(error.what());
+  }
+}
