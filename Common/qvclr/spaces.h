@@ -20,13 +20,11 @@ enum class SizeRule : uint8_t {
 struct Space {
   uint32_t id;
   const char* name;
-  const char* layout;
   uint8_t bits;  // per pixel
   SizeRule rule;
-  const Kernel* to_rgb;  // null while there is none
-  const Kernel* from_rgb;
-  uint32_t icc_format = 0;   // the engine's pixel format; 0: not converted by ICC
-  uint32_t icc_bytes = 0;    // per pixel of that format
+  const Kernel* to_rgb = nullptr;  // null while there is none
+  const Kernel* from_rgb = nullptr;
+  uint32_t icc_format = 0;   // the engine's pixel format, of as many bits; 0: not converted by ICC
   uint32_t icc_profile = 0;  // number of the built-in profile
   bool planar = false;
 };
