@@ -1,0 +1,65 @@
+#include "base/bitmap.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+#include "base/faults.h"
+#include "support/guarded.h"
+
+namespace {
+using namespace qv;
+using qv_test::GuardedBuffer;
+
+TEST(Bitmap, LinesStandByTheBitmapsOwnRule) {
+  struct Case {
+    int32_t width, height;
+    size_t distance;
+    uint32_t line_bytes;
+  };
+  for (const auto& [width, height, distance, line_bytes] :
+       {Case{1, 3, 3, 4}, {2, -2, 6, 8}, {3, 2, 1000, 12}, {4, -3, 12, 12}, {5, 1, 16, 16}, {7, 3, 70000, 24}}) {
+    const auto columns = static_cast<size_t>(width) * 3, lines = static_cast<size_t>(std::abs(height));
+    GuardedBuffer block(distance * (lines - 1) + columns);  // no padding behind the last line
+    for (size_t i = 0; i < block.size(); ++i) block.data()[i] = static_cast<uint8_t>(i % 251 + 1);
+    BitmapHandle bitmap{};
+    ASSERT_EQ(FillBitmap(&bitmap, 32, {width, height}, block.data(), distance), kSuccess);
+    const auto size = static_cast<uint32_t>(line_bytes * lines);
+    const BitmapHandle expected = {32, 24, width, height, line_bytes, size, bitmap.pBits};
+    EXPECT_EQ(std::memcmp(&bitmap, &expected, sizeof expected), 0) << width << " x " << height;
+    for (size_t y = 0; y < lines; ++y) {
+      const uint8_t* line = bitmap.pBits + y * line_bytes;
+      EXPECT_EQ(std::memcmp(line, block.data() + y * distance, columns), 0) << width << " line " << y;
+      EXPECT_THAT(std::span(line + columns, line_bytes - columns), testing::Each(0)) << width << " line " << y;
+    }
+    EXPECT_EQ(Q_FreeBitmap(&bitmap), SUCCESS);
+  }
+}
+
+TEST(Bitmap, FailuresHaveTheirStatusAndLeaveTheRecord) {
+  GuardedBuffer place(sizeof(BitmapHandle));
+  auto* bitmap = reinterpret_cast<BitmapHandle*>(place.data());
+  auto* cut_short = reinterpret_cast<BitmapHandle*>(place.data() + 8);
+  const auto fill = [](BitmapHandle* to, uint32_t size, BitmapHeader header) {
+    const uint8_t block[24] = {};
+    return FillBitmap(to, size, header, block, 12);
+  };
+  EXPECT_EQ(fill(bitmap, 31, {4, 2}), kInvalidStructSize);
+  EXPECT_EQ(fill(cut_short, 32, {4, 2}), kBadPointer);
+  for (const BitmapHeader bad : {BitmapHeader{0, 2}, {-4, 2}, {4, 0}})
+    EXPECT_EQ(fill(bitmap, 32, bad), kInvalidParameter);
+  for (const BitmapHeader large : {BitmapHeader{1, INT32_MIN}, {INT32_MAX, INT32_MAX}, {1 << 20, 1366}}) {
+    EXPECT_EQ(fill(bitmap, 32, large), kNoMemory);
+  }
+  allocation_faults.FailNth(1);
+  EXPECT_EQ(fill(bitmap, 32, {4, 2}), kNoMemory);
+  EXPECT_THAT(place.bytes(), testing::Each(0));
+  EXPECT_EQ(Q_FreeBitmap(nullptr), ERR_INV_PARAMETER);
+  EXPECT_EQ(Q_FreeBitmap(cut_short), ERR_BAD_POINTER);
+  EXPECT_EQ(Q_FreeBitmap(bitmap), ERR_INV_STRUCT_SIZE);  // nothing was filled
+  ASSERT_EQ(fill(bitmap, 32, {4, 2}), kSuccess);
+  EXPECT_EQ(Q_FreeBitmap(bitmap), SUCCESS);
+  EXPECT_THAT(place.bytes(), testing::Each(0));
+}
+
+}  // namespace
