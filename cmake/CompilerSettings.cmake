@@ -2,6 +2,7 @@
 add_library(qv_settings INTERFACE)
 target_compile_options(qv_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+  -Wno-sign-conversion             # part of -Wconversion for Clang only
   -Wno-missing-field-initializers  # a record that names some of its fields means zero for the others
   # A fused multiply-add rounds once where two operations round twice: it would change bytes.
   -ffp-contract=off

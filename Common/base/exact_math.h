@@ -6,7 +6,7 @@
 
 namespace qv {
 
-// x to the n-th power, n small: worked out to about 100 bits and rounded once. Overflow gives an infinity.
+// x to the n-th power, n small: worked out to about 100 bits, then rounded. Overflow gives an infinity.
 double Power(double x, uint32_t n);
 
 // The conversion of the x86 instruction set: toward zero; what leaves the 32-bit range, and every not-a-number, becomes

@@ -37,7 +37,11 @@ bool File::Open(const QWChar* name, Disposition disposition) {
   if (Refused() || !MakePath(name, &path)) return false;
   const int mode = disposition == Disposition::kReadExisting ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
   native_ = open(path.data(), mode | O_CLOEXEC, 0666);
-  return IsOpen();
+  struct stat status;
+  if (!IsOpen() || (fstat(static_cast<int>(native_), &status) == 0 && !S_ISDIR(status.st_mode))) return IsOpen();
+  Close();
+  errno = EISDIR;
+  return false;
 }
 
 bool File::Close() {

@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cwchar>
 
 #include "base/faults.h"
 #include "base/files.h"
@@ -75,7 +76,7 @@ bool File::Seek(int64_t offset, Origin origin, int64_t* position) {
 }
 
 bool File::Exists(const QWChar* name) {
-  if (Refused()) return false;
+  if (Refused() || std::wcspbrk(name, L"*?")) return false;  // a search would take these for patterns
   WIN32_FIND_DATAW found;
   const HANDLE search = FindFirstFileW(name, &found);
   if (search == INVALID_HANDLE_VALUE) return false;

@@ -15,15 +15,19 @@ int MapDescriptor::Get() {
 }
 
 int MapDescriptor::Renew(int lost) {
-  number_.compare_exchange_strong(lost, kNone);
+  if (!IsOurs(lost)) number_.compare_exchange_strong(lost, kNone);
   return Get();
+}
+
+// A number may stand for a file of the host by now.
+bool MapDescriptor::IsOurs(int number) const {
+  struct stat status;
+  return number >= 0 && fstat(number, &status) == 0 && status.st_ino == inode_.load();
 }
 
 void MapDescriptor::Close() {
   const int number = number_.exchange(kNone);
-  struct stat status;
-  // The number may stand for a file of the host by now.
-  if (number >= 0 && fstat(number, &status) == 0 && status.st_ino == inode_.load()) close(number);
+  if (IsOurs(number)) close(number);
 }
 
 int MapDescriptor::Open() {
@@ -32,11 +36,10 @@ int MapDescriptor::Open() {
   if (at_fork != 0) return kNone;
   const int fresh = open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
   struct stat status;
-  if (fresh < 0 || fstat(fresh, &status) != 0) return kNone;
   int expected = kNone;
-  if (!number_.compare_exchange_strong(expected, fresh)) {
-    close(fresh);
-    return expected;  // another thread's
+  if (fresh < 0 || fstat(fresh, &status) != 0 || !number_.compare_exchange_strong(expected, fresh)) {
+    if (fresh >= 0) close(fresh);
+    return expected;  // another thread's, or none
   }
   inode_.store(status.st_ino);
   return fresh;

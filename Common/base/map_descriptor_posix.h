@@ -16,6 +16,7 @@ class MapDescriptor {
  private:
   static constexpr int kNone = -1;
   int Open();
+  bool IsOurs(int number) const;
 
   std::atomic<int> number_{kNone};
   std::atomic<ino_t> inode_{0};

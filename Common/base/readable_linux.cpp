@@ -69,8 +69,10 @@ Verdict AskByPopulating(uintptr_t begin, uintptr_t end, Access access) {
   static const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
   const uintptr_t first = begin & ~(page - 1);
   const uintptr_t last = (end - 1) & ~(page - 1);
+  const uintptr_t bytes = last - first + page;
+  if (bytes == 0) return Verdict::kUnknown;  // all that there is
   const int advice = access == Access::kWrite ? kPopulateWrite : kPopulateRead;
-  if (madvise(reinterpret_cast<void*>(first), last - first + page, advice) == 0) return Verdict::kYes;
+  if (madvise(reinterpret_cast<void*>(first), bytes, advice) == 0) return Verdict::kYes;
   // EINVAL is told for mappings of devices, and by kernels that do not know the advice.
   return errno == EINVAL || errno == ENOSYS || errno == EINTR ? Verdict::kUnknown : Verdict::kNo;
 }

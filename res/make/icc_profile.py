@@ -45,7 +45,7 @@ def lut16(input_tables, grid, nodes, output_tables):
     return head + struct.pack(f">2H{len(numbers)}H", len(input_tables[0]), len(output_tables[0]), *numbers)
 
 
-def profile(device_class, space, pcs, intent, tags, size):
+def profile(device_class, space, pcs, tags, size):
     """The bytes of a profile with these (signature, data) tags, in order; equal data is stored once."""
     table = struct.pack(">I", len(tags))
     body = bytearray()
@@ -62,7 +62,7 @@ def profile(device_class, space, pcs, intent, tags, size):
         raise SystemExit(f"profile has {used} bytes, {used - size} too many")
     header = struct.pack(">I4sI4s4s4s6H4s", size, bytes(4), 0x02400000, device_class.encode(), space.encode(),
                          pcs.encode(), *DATE, b"acsp")
-    header += bytes(24) + struct.pack(">I3i", intent, *D50)
+    header += bytes(28) + struct.pack(">3i", *D50)  # flags to intent are zero: perceptual
     return header + bytes(HEADER_SIZE - len(header)) + table + body + bytes(size - used)
 
 

@@ -23,7 +23,7 @@ def main():
     tags = [("desc", description("CIE L*a*b*, D50")), ("cprt", text(COPYRIGHT)), ("wtpt", xyz(D50)),
             ("A2B0", identity), ("B2A0", identity)]
     with open(out, "wb") as file:
-        file.write(profile("spac", "Lab ", "Lab ", 0, tags, size))
+        file.write(profile("spac", "Lab ", "Lab ", tags, size))
 
 
 main()

@@ -2,9 +2,9 @@
 
 Usage: patches.py IN.ti3 OUT.ti3 CMYK|CMY [BLACK_L BLACK_A BLACK_B]
 
-CMY keeps only the patches without black ink, as patches of a three-ink press. Without a black the colours stay as they were
-measured. With one, the darkest print's Lab relative to paper, they become those of perceptual tables: paper is the white of
-the PCS, that black is its zero, and everything between moves along, each of X, Y and Z linearly.
+CMY keeps only the patches without black ink, as patches of a three-ink press. Without a black the colours stay as they
+were measured. With one, the darkest print's Lab relative to paper, they become those of perceptual tables: paper is the
+white of the PCS, that black is its zero, and everything between moves along, each of X, Y and Z linearly.
 """
 
 import sys

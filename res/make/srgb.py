@@ -2,9 +2,8 @@
 
 Usage: srgb.py OUT SIZE
 
-Colorants are the IEC 61966-2-1 primaries, taken from D65 to the D50 of the PCS with the Bradford transform. All of it is
-rational arithmetic; rounding to s15Fixed16 happens once, at the end. The media white is D50, since the colorants are
-already adapted to it.
+Colorants are the IEC 61966-2-1 primaries, taken from D65 to the D50 of the PCS with the Bradford transform, in exact
+fractions that are rounded to s15Fixed16 at the end. The media white is D50, since the colorants are adapted to it.
 """
 
 import sys
@@ -55,8 +54,8 @@ def colorants():
     white = from_chromaticity(*D65)
     unscaled = transposed([from_chromaticity(*p) for p in PRIMARIES])
     scales = times(inverse(unscaled), white)
-    chad = adaptation(white, [F(v, 65536) for v in D50])
-    rows = product(chad, [[s * entry for s, entry in zip(scales, row)] for row in unscaled])
+    to_pcs = adaptation(white, [F(v, 65536) for v in D50])
+    rows = product(to_pcs, [[s * entry for s, entry in zip(scales, row)] for row in unscaled])
     rounded = [[fixed(entry) for entry in row] for row in rows]
     for row, total in zip(rounded, D50):
         row[row.index(max(row))] += total - sum(row)
@@ -78,7 +77,7 @@ def main():
             ("rXYZ", xyz(red)), ("gXYZ", xyz(green)), ("bXYZ", xyz(blue)),
             ("rTRC", transfer), ("gTRC", transfer), ("bTRC", transfer)]
     with open(out, "wb") as file:
-        file.write(profile("mntr", "RGB ", "XYZ ", 0, tags, size))
+        file.write(profile("mntr", "RGB ", "XYZ ", tags, size))
 
 
 main()

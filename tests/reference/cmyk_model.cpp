@@ -36,8 +36,8 @@ CmykModel::CmykModel(int32_t param) {
 
 void CmykModel::FromRgb(const uint8_t* rgb, uint8_t* cmyk) const {
   const int c = 255 - rgb[0], m = 255 - rgb[1], y = 255 - rgb[2];
-  const auto mn = static_cast<size_t>(std::min({c, m, y})), mx = static_cast<size_t>(std::max({c, m, y}));
-  const int64_t ucr = removal_[mn][mx];
+  const auto mn = static_cast<size_t>(std::min(c, std::min(m, y)));
+  const int64_t ucr = removal_[mn][static_cast<size_t>(std::max(c, std::max(m, y)))];
   cmyk[0] = LowByte(c - ucr);
   cmyk[1] = LowByte(m - ucr);
   cmyk[2] = LowByte(y - ucr);
@@ -46,7 +46,7 @@ void CmykModel::FromRgb(const uint8_t* rgb, uint8_t* cmyk) const {
 
 void CmykModel::ToRgb(const uint8_t* cmyk, uint8_t* rgb) const {
   const int c = cmyk[0], m = cmyk[1], y = cmyk[2];
-  const int mn = std::min({c, m, y}), mx = std::max({c, m, y});
+  const int mn = std::min(c, std::min(m, y)), mx = std::max(c, std::max(m, y));
   const int32_t grey = cmyk[3] * grey_weight_[static_cast<size_t>(mn - mx + 255)] >> 8;
   const int32_t k = std::min(grey * factor_, 255 - mx);
   rgb[0] = LowByte(255 - c - k);

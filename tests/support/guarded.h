@@ -22,7 +22,7 @@ class GuardedBuffer {
   enum class Flush : uint8_t { kEnd, kStart };
 
   explicit GuardedBuffer(size_t size, Flush flush = Flush::kEnd)
-      : size_(size), pages_(size / PageSize() + 1), base_(MapPages(pages_ + 2)) {
+      : size_(size), pages_(size == 0 ? 1 : (size + PageSize() - 1) / PageSize()), base_(MapPages(pages_ + 2)) {
     Protect(base_, 1, Protection::kNone);
     Protect(base_ + (pages_ + 1) * PageSize(), 1, Protection::kNone);
     data_ = base_ + PageSize() + (flush == Flush::kEnd ? pages_ * PageSize() - size : 0);

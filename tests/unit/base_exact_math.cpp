@@ -39,7 +39,7 @@ double ExactlyRoundedPower(double x, uint32_t n) {
 
 TEST(Power, IsCorrectlyRounded) {
   ASSERT_EQ(ExactlyRoundedPower(-1.5, 5), -7.59375);
-  for (const uint32_t n : {2, 4, 5}) {
+  for (const uint32_t n : {2u, 4u, 5u}) {
     for (int p = -3000; p <= 5000; ++p) {
       const double x = p / 1000.0;
       ASSERT_EQ(Power(x, n), p == 0 ? 0 : ExactlyRoundedPower(x, n)) << x << " to the power " << n;

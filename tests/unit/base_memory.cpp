@@ -24,7 +24,7 @@ std::vector<LedgerEntry> LiveBlocks() {
 
 TEST(Memory, BlocksAreZeroAlsoWhereOthersStoodAndKnowTheirOrigin) {
   const LedgerTotals before = Ledger();
-  for (const size_t size : {0, 0, 1, 1, 100, 100, 5000, 5000, 70000, 70000}) {
+  for (const size_t size : {0u, 0u, 1u, 1u, 100u, 100u, 5000u, 5000u, 70000u, 70000u}) {
     void* block = Allocate(1, size);
     ASSERT_NE(block, nullptr) << size;
     EXPECT_THAT(Bytes(block, size), Each(0)) << size;

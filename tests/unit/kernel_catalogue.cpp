@@ -180,11 +180,16 @@ TEST_P(EveryKernel, LeavesPaddingAlone) {
 TEST_P(EveryKernel, GivesTheSameBytesInPlaceAndWhereverTheBuffersOverlap) {
   constexpr size_t kUnits = 67, kBands = 2;
   const Bytes source = AcceptedSource(kUnits, kBands);
-  const Outcome apart = Run(In(kUnits, kBands), source, Out(kUnits, kBands));
-  ASSERT_EQ(apart.status, kSuccess);
   const std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();
-  for (const auto& [in_pad, out_pad] : {std::pair{0, 0}, {3, 1}, {0, 5}, {2, 2}}) {
-    const Frame in = In(kUnits, kBands, in_pad), out = Out(kUnits, kBands, out_pad);
+  struct Case {
+    int32_t in_pad, out_pad;
+    bool rgb_first;
+  };
+  for (const Case& c : {Case{0, 0, true}, {0, 0, false}, {3, 1, true}, {0, 5, false}, {2, 2, true}}) {
+    const RowArgs args{.rgb_first = c.rgb_first};
+    const Frame in = In(kUnits, kBands, c.in_pad), out = Out(kUnits, kBands, c.out_pad);
+    const Outcome apart = Run(In(kUnits, kBands), source, Out(kUnits, kBands), args);
+    ASSERT_EQ(apart.status, kSuccess);
     const auto reach = static_cast<ptrdiff_t>(std::max(in.KernelBytes(), out.KernelBytes())) + 2;
     for (ptrdiff_t distance = -reach; distance <= reach; ++distance) {
       if (std::abs(distance) > 20 && distance % 37 != 0) continue;
@@ -196,7 +201,7 @@ TEST_P(EveryKernel, GivesTheSameBytesInPlaceAndWhereverTheBuffersOverlap) {
         hwy::SetSupportedTargetsForTest(target);
         Bytes shared = before;
         uint8_t* src = shared.data() + reach;
-        ASSERT_EQ(RunKernel(kernel(), in, src, out, src + distance, {}), kSuccess);
+        ASSERT_EQ(RunKernel(kernel(), in, src, out, src + distance, args), kSuccess);
         ASSERT_TRUE(shared == expected) << "output " << distance << " bytes on, " << hwy::TargetName(target);
       }
     }
