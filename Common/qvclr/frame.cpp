@@ -39,7 +39,8 @@ bool OverwritesUnreadInput(const SourceLines& from, const TargetLines& to) {
   const auto target = reinterpret_cast<uintptr_t>(to.first);
   if (source >= target + to.Extent() || target >= source + from.Extent()) return false;
   if (source == target && from.bytes == to.bytes && from.stride == to.stride) return false;  // each byte over itself
-  if (from.stride < from.bytes || to.stride < to.bytes) return true;
+  // Lines that overlap themselves, or a planar frame (one piece) against lines: not worth a closer look.
+  if (from.count != to.count || from.stride < from.bytes || to.stride < to.bytes) return true;
   // Safe while no output line starts or ends behind its input line. Both distances change evenly from line to line, so
   // that the first and the last line tell.
   for (const size_t y : {size_t{0}, from.count - 1}) {

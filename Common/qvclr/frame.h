@@ -41,7 +41,7 @@ SourceLines LinesOf(const Frame& frame, const uint8_t* first);
 TargetLines LinesOf(const Frame& frame, uint8_t* first);
 
 // True when writing the lines of `to` one after the other, each from the line of `from` of the same number, would
-// overwrite input before it is read.
+// overwrite input before it is read. Equal lines at the same place never do.
 bool OverwritesUnreadInput(const SourceLines& from, const TargetLines& to);
 
 // The input as it can be read while the output is written: the caller's own bytes, or a packed copy of them.

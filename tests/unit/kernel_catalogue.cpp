@@ -27,13 +27,16 @@ struct CatalogueKernel {
 };
 
 std::vector<CatalogueKernel> CatalogueKernels() {
-  std::map<std::string, CatalogueKernel> kernels;  // two spaces share the swaps
-  for (const Space& space : AllSpaces()) {
-    if (space.to_rgb) kernels.insert({space.to_rgb->name, {&space, space.to_rgb, false}});
-    if (space.from_rgb) kernels.insert({space.from_rgb->name, {&space, space.from_rgb, true}});
-  }
   std::vector<CatalogueKernel> list;
-  for (const auto& [_, kernel] : kernels) list.push_back(kernel);
+  const auto add = [&](const Space& space, const Kernel* kernel, bool from_rgb) {
+    const bool known =
+        std::ranges::find(list, kernel, &CatalogueKernel::kernel) != list.end();  // two spaces share swaps
+    if (kernel && !known) list.push_back({&space, kernel, from_rgb});
+  };
+  for (const Space& space : AllSpaces()) {
+    add(space, space.to_rgb, false);
+    add(space, space.from_rgb, true);
+  }
   return list;
 }
 
