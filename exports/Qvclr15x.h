@@ -1,7 +1,7 @@
 /* Qvclr15x: colour conversion of raw pixel buffers. The one public header, for C99 and C++.
  *
- * Every function returns SUCCESS (1) or a negative code of QStatus unless its comment says otherwise; nothing is thrown.
- * Records and handles have the same layout on every system: pointers have 8 bytes, integers are little-endian.
+ * Every function returns SUCCESS (1) or a negative code of QStatus unless its comment says otherwise; nothing is
+ * thrown. Records and handles have the same layout on every system: pointers have 8 bytes, integers are little-endian.
  * Threads: different converters may be created, used and freed by many threads at once. One converter belongs to one
  * thread at a time. */
 #ifndef QVCLR15X_H
@@ -34,33 +34,33 @@ extern "C" {
 /* Status codes. */
 enum QStatus {
   SUCCESS = 1,
-  FAILURE = 0,                                /* plain failure of a yes/no step */
-  ERR_FAILURE = -1,                           /* generic failure; in the profile functions also a failed allocation */
-  ERR_NO_MEMORY = -3,                         /* an allocation failed */
-  ERR_FILE_WRITE = -5,                        /* writing a file failed */
-  ERR_FILE_READ = -7,                         /* a file could not be read */
-  ERR_PROFILE_NAME = -8,                      /* a name of no existing file, or of more than 259 characters */
-  ERR_FILE_ACCESS = -10,                      /* an image file could not be opened for reading */
-  ERR_INV_PARAMETER = -13,                    /* a null or otherwise invalid argument */
-  ERR_FILE_OPEN = -14,                        /* a file could not be opened or created */
-  ERR_ICC_TAG_NOT_FOUND = -37,                /* no such tag; also a grey HLS pixel with a nonzero hue */
-  ERR_BAD_POINTER = -60,                      /* a record or buffer is not readable (writable) for its size */
-  ERR_INV_CONVERTER = -261,                   /* the handle is no live converter of this library */
-  ERR_INPLACE_PADDING = -351,                 /* a conversion in place that its paddings forbid */
-  ERR_UNSUPPORTED_COLORSPACE = -785,          /* an unknown space, or a pair that the method does not convert */
-  ERR_UNSUPPORTED_METHOD = -786,              /* no usable conversion method */
-  ERR_PROFILE_OPEN = -787,                    /* an ICC profile could not be opened or does not fit its side */
-  ERR_INV_STRUCT_SIZE = -789,                 /* the size field at the head of a record is wrong */
-  ERR_INV_WIDTH_ALIGNMENT = -796,             /* the width is no multiple of the packed YUV group */
-  ERR_INV_YUV9_SIZE = -797,                   /* the width or height is no multiple of 4 in CS_YVU9 */
-  ERR_ICC_PROFILE_NOT_FOUND = -812,           /* the image file holds no profile */
-  ERR_ICC_PROFILE_DATA = -813,                /* embedded profile data is truncated or malformed */
-  ERR_ICC_PROFILE_NO_DATA = -817,             /* nothing stands behind the PostScript begin marker */
-  ERR_ICC_PRIVATE_TAG = -1150,                /* handled, but the tag's signature is not a registered one */
-  ERR_ICC_UNKNOWN_TAG_TYPE = -1151,           /* handled as raw bytes: the type is not decoded */
-  ERR_ICC_PRIVATE_TAG_UNKNOWN_TYPE = -1152,   /* both of these */
-  ERR_ICC_INVALID_PROFILE = -1153,            /* profile bytes or a record that cannot be accepted */
-  ERR_ICC_FORMAT_NOT_SUPPORTED = -1154        /* the image file's format carries no profile here */
+  FAILURE = 0,                              /* plain failure of a yes/no step */
+  ERR_FAILURE = -1,                         /* generic failure; in the profile functions also a failed allocation */
+  ERR_NO_MEMORY = -3,                       /* an allocation failed */
+  ERR_FILE_WRITE = -5,                      /* writing a file failed */
+  ERR_FILE_READ = -7,                       /* a file could not be read */
+  ERR_PROFILE_NAME = -8,                    /* a name of no existing file, or of more than 259 characters */
+  ERR_FILE_ACCESS = -10,                    /* an image file could not be opened for reading */
+  ERR_INV_PARAMETER = -13,                  /* a null or otherwise invalid argument */
+  ERR_FILE_OPEN = -14,                      /* a file could not be opened or created */
+  ERR_ICC_TAG_NOT_FOUND = -37,              /* no such tag; also a grey HLS pixel with a nonzero hue */
+  ERR_BAD_POINTER = -60,                    /* a record or buffer is not readable (writable) for its size */
+  ERR_INV_CONVERTER = -261,                 /* the handle is no live converter of this library */
+  ERR_INPLACE_PADDING = -351,               /* a conversion in place that its paddings forbid */
+  ERR_UNSUPPORTED_COLORSPACE = -785,        /* an unknown space, or a pair that the method does not convert */
+  ERR_UNSUPPORTED_METHOD = -786,            /* no usable conversion method */
+  ERR_PROFILE_OPEN = -787,                  /* an ICC profile could not be opened or does not fit its side */
+  ERR_INV_STRUCT_SIZE = -789,               /* the size field at the head of a record is wrong */
+  ERR_INV_WIDTH_ALIGNMENT = -796,           /* the width is no multiple of the packed YUV group */
+  ERR_INV_YUV9_SIZE = -797,                 /* the width or height is no multiple of 4 in CS_YVU9 */
+  ERR_ICC_PROFILE_NOT_FOUND = -812,         /* the image file holds no profile */
+  ERR_ICC_PROFILE_DATA = -813,              /* embedded profile data is truncated or malformed */
+  ERR_ICC_PROFILE_NO_DATA = -817,           /* nothing stands behind the PostScript begin marker */
+  ERR_ICC_PRIVATE_TAG = -1150,              /* handled, but the tag's signature is not a registered one */
+  ERR_ICC_UNKNOWN_TAG_TYPE = -1151,         /* handled as raw bytes: the type is not decoded */
+  ERR_ICC_PRIVATE_TAG_UNKNOWN_TYPE = -1152, /* both of these */
+  ERR_ICC_INVALID_PROFILE = -1153,          /* profile bytes or a record that cannot be accepted */
+  ERR_ICC_FORMAT_NOT_SUPPORTED = -1154      /* the image file's format carries no profile here */
 };
 
 /* Colour spaces: layouts of 8-bit samples. Widths and heights are in pixels. */
@@ -99,25 +99,25 @@ enum QMethod {
 /* Reference white of the profile connection space on the non-RGB side; ICC methods only. 20 bytes. */
 typedef struct WhitePointParams {
   uint32_t nWhitePoint; /* 50, 55, 65, 75: D50 ... D75; 93: 9300 K; 0: the point x, y; any other value: D50 */
-  double x, y;          /* CIE 1931 chromaticity of the custom point, Y = 1; y = 0 or a negative XYZ: ERR_INV_PARAMETER */
+  double x, y; /* CIE 1931 chromaticity of the custom point, Y = 1; y = 0 or a negative XYZ: ERR_INV_PARAMETER */
 } WhitePointParams;
 
 /* Settings of CS_YUV; zero in a number stands for the plain kernel's own constant. 44 bytes. */
 typedef struct Space1Params {
-  uint32_t uStructSize;          /* 44 */
-  uint32_t nFlags;               /* which fields a change takes over */
-  uint32_t nUSpan, nUOffset;     /* 223, 112 */
-  uint32_t nVSpan, nVOffset;     /* 275, 138 */
-  const uint8_t *pLumaTable;     /* stored Y per luma; used when it has at least 256 bytes */
+  uint32_t uStructSize;      /* 44 */
+  uint32_t nFlags;           /* which fields a change takes over */
+  uint32_t nUSpan, nUOffset; /* 223, 112 */
+  uint32_t nVSpan, nVOffset; /* 275, 138 */
+  const uint8_t* pLumaTable; /* stored Y per luma; used when it has at least 256 bytes */
   uint32_t nLumaTableBytes;
-  uint32_t nLumaSpan;            /* 255 */
+  uint32_t nLumaSpan; /* 255 */
   uint8_t reserved[4];
 } Space1Params;
 
 /* An ICC profile held in memory. 16 bytes. */
 typedef struct IccMemoryProfile {
   uint32_t uStructSize; /* not tested */
-  const void *pBytes;
+  const void* pBytes;
   uint32_t nByteCount;
 } IccMemoryProfile;
 #pragma pack(pop)
@@ -140,43 +140,43 @@ typedef struct LabParams {
 } LabParams;
 
 /* What a converter is made from. 1648 bytes. Pointers may be null. The library never writes to it and keeps no pointer
- * into it: everything that it needs later is copied. Sub-records that are not readable give ERR_BAD_POINTER, those whose
- * size field is wrong ERR_INV_STRUCT_SIZE. */
+ * into it: everything that it needs later is copied. Sub-records that are not readable give ERR_BAD_POINTER, those
+ * whose size field is wrong ERR_INV_STRUCT_SIZE. */
 typedef struct ConversionParams {
-  uint32_t uStructSize;                           /* 1648 */
-  uint32_t nActiveMethod;                         /* the method used when converting: one bit, or METHOD_AUTOMATIC */
-  const WhitePointParams *pWhitePoint;            /* null: D50 */
-  QWChar sSourceProfileName[260];                 /* profile files of METHOD_CUSTOM_ICC; at most 259 characters */
+  uint32_t uStructSize;                /* 1648 */
+  uint32_t nActiveMethod;              /* the method used when converting: one bit, or METHOD_AUTOMATIC */
+  const WhitePointParams* pWhitePoint; /* null: D50 */
+  QWChar sSourceProfileName[260];      /* profile files of METHOD_CUSTOM_ICC; at most 259 characters */
   uint32_t nReserved1[2];
-  const IccMemoryProfile *pSourceProfileMemory;   /* taken before the file */
+  const IccMemoryProfile* pSourceProfileMemory; /* taken before the file */
   QWChar sDestProfileName[260];
   uint32_t nReserved2[2];
-  const IccMemoryProfile *pDestProfileMemory;
-  QWChar sEmulationTableName[260];                /* TIFF file of METHOD_CUSTOM_TABLE */
+  const IccMemoryProfile* pDestProfileMemory;
+  QWChar sEmulationTableName[260]; /* TIFF file of METHOD_CUSTOM_TABLE */
   uint32_t nReserved3[2];
-  const CmykParams *pCmykParams;                  /* read when either side is CS_CMYK */
-  const Space1Params *pSpace1Params;              /* read when either side is CS_YUV */
-  const LabParams *pLabParams;                    /* read when either side is CS_LAB */
-  uint32_t nMethodMask;                           /* the methods that the converter is prepared for */
-  uint32_t nEmulationTableKind;                   /* must be 8 when nActiveMethod is METHOD_TABLE */
+  const CmykParams* pCmykParams;     /* read when either side is CS_CMYK */
+  const Space1Params* pSpace1Params; /* read when either side is CS_YUV */
+  const LabParams* pLabParams;       /* read when either side is CS_LAB */
+  uint32_t nMethodMask;              /* the methods that the converter is prepared for */
+  uint32_t nEmulationTableKind;      /* must be 8 when nActiveMethod is METHOD_TABLE */
 } ConversionParams;
 
 /* The same with narrow strings: the system's narrow encoding on Windows, UTF-8 elsewhere. 880 bytes. */
 typedef struct ConversionParamsA {
   uint32_t uStructSize; /* not tested */
   uint32_t nActiveMethod;
-  const WhitePointParams *pWhitePoint;
+  const WhitePointParams* pWhitePoint;
   char sSourceProfileName[260];
   uint32_t nReserved1[2];
-  const IccMemoryProfile *pSourceProfileMemory;
+  const IccMemoryProfile* pSourceProfileMemory;
   char sDestProfileName[260];
   uint32_t nReserved2[2];
-  const IccMemoryProfile *pDestProfileMemory;
+  const IccMemoryProfile* pDestProfileMemory;
   char sEmulationTableName[260];
   uint32_t nReserved3[2];
-  const CmykParams *pCmykParams;
-  const Space1Params *pSpace1Params;
-  const LabParams *pLabParams;
+  const CmykParams* pCmykParams;
+  const Space1Params* pSpace1Params;
+  const LabParams* pLabParams;
   uint32_t nMethodMask;
   uint32_t nEmulationTableKind;
 } ConversionParamsA;
@@ -189,7 +189,7 @@ typedef struct BitmapHandle {
   int32_t nHeight;        /* negative for top-down lines */
   uint32_t nLineBytes;    /* (nWidth * 24 + 31) / 32 * 4 */
   uint32_t uImageSize;    /* nLineBytes times the number of lines */
-  uint8_t *pBits;
+  uint8_t* pBits;
 } BitmapHandle;
 
 /* A converter; callers hold only its address, the handle. */
@@ -204,24 +204,25 @@ typedef struct ColorConverter ColorConverter;
  * white point not readable: -60; no method in the mask, or the active one not in it: -786. Then what the methods in the
  * mask need is prepared: a pair that they do not convert: -785; a missing resource: the system's error number; a
  * profile that does not fit: -787; a custom white point that is no chromaticity: -13; memory: -3. */
-Q_EXPORTED int32_t Q_ClrInit(ColorConverter **phConverter, uint32_t nSrcSpace, uint32_t nDstSpace,
-                             const ConversionParams *pParams);
-Q_EXPORTED int32_t Q_ClrInitA(ColorConverter **phConverter, uint32_t nSrcSpace, uint32_t nDstSpace,
-                              const ConversionParamsA *pParams);
+Q_EXPORTED int32_t Q_ClrInit(ColorConverter** phConverter, uint32_t nSrcSpace, uint32_t nDstSpace,
+                             const ConversionParams* pParams);
+Q_EXPORTED int32_t Q_ClrInitA(ColorConverter** phConverter, uint32_t nSrcSpace, uint32_t nDstSpace,
+                              const ConversionParamsA* pParams);
 
 /* Releases a converter and all that it owns. Null or unreadable: -13; no live converter: -261. */
-Q_EXPORTED int32_t Q_ClrFree(ColorConverter *hConverter);
+Q_EXPORTED int32_t Q_ClrFree(ColorConverter* hConverter);
 
 /* 1 for a live converter, else -261. */
-Q_EXPORTED int32_t Q_ClrIsValid(const ColorConverter *hConverter);
+Q_EXPORTED int32_t Q_ClrIsValid(const ColorConverter* hConverter);
 
 /* Names the module whose resources (profiles, tables) are read from now on: a module handle on Windows, a dlopen handle
  * elsewhere (null: the running program's own). Not checked here: a module without the resources shows when a
  * converter is made. The library itself is the module until this is called. */
-Q_EXPORTED void SetResModule(void *hModule);
+Q_EXPORTED void SetResModule(void* hModule);
 
-/* Converts width x height pixels. A line holds (width * bits + 7) / 8 bytes, then nInAlign (nOutAlign) bytes of padding,
- * which the last line may lack; output padding is never written. pSrc may equal pDst when the pixels have equal sizes.
+/* Converts width x height pixels. A line holds (width * bits + 7) / 8 bytes, then nInAlign (nOutAlign) bytes of
+ * padding, which the last line may lack; output padding is never written. pSrc may equal pDst when the pixels have
+ * equal sizes.
  *
  * Checks, in this order: a null pointer, a size below 1 or a padding below 0: -13; the handle not readable for 1712
  * bytes: -60; a space of no known size: -785; a buffer not readable or writable for its size: -60; no live converter:
@@ -232,7 +233,7 @@ Q_EXPORTED void SetResModule(void *hModule);
  * Intended, and kept: equal spaces with both paddings below 2 are copied as one block without padding; with a larger
  * one, each line starts nInAlign (nOutAlign) bytes behind the start of the one before, not a whole line behind it. A
  * pair without an RGB side returns 1 whatever became of it. */
-Q_EXPORTED int32_t Q_ClrConvert(ColorConverter *hConverter, const void *pSrc, void *pDst, int32_t width, int32_t height,
+Q_EXPORTED int32_t Q_ClrConvert(ColorConverter* hConverter, const void* pSrc, void* pDst, int32_t width, int32_t height,
                                 int32_t nInAlign, int32_t nOutAlign);
 
 /* Converts by built-in formulas without a converter, through RGB where neither side is RGB or BGR. Paddings below 0
@@ -241,11 +242,11 @@ Q_EXPORTED int32_t Q_ClrConvert(ColorConverter *hConverter, const void *pSrc, vo
  * Checks, in this order: a null pointer or a size below 1: -13; an unknown space: -785; the size rules of the source,
  * then of the destination: -796, -797; a buffer: -60; in place with equal spaces and equal paddings: -351; memory: -3.
  * Equal spaces are copied line by line. */
-Q_EXPORTED int32_t Q_ClrConvertDirect(uint32_t nSrcSpace, uint32_t nDstSpace, const void *pSrc, void *pDst, int32_t width,
-                                      int32_t height, int32_t nInAlign, int32_t nOutAlign);
+Q_EXPORTED int32_t Q_ClrConvertDirect(uint32_t nSrcSpace, uint32_t nDstSpace, const void* pSrc, void* pDst,
+                                      int32_t width, int32_t height, int32_t nInAlign, int32_t nOutAlign);
 
 /* Releases the lines of a filled bitmap and clears the record. Null: -13; not writable: -60; uStructSize: -789. */
-Q_EXPORTED int32_t Q_FreeBitmap(BitmapHandle *pBitmap);
+Q_EXPORTED int32_t Q_FreeBitmap(BitmapHandle* pBitmap);
 
 #ifdef __cplusplus
 }
