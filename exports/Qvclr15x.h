@@ -3,7 +3,8 @@
  * Every function returns SUCCESS (1) or a negative code of QStatus unless its comment says otherwise; nothing is
  * thrown. Records and handles have the same layout on every system: pointers have 8 bytes, integers are little-endian.
  * Threads: different converters may be created, used and freed by many threads at once. One converter belongs to one
- * thread at a time. */
+ * thread at a time. Unloading the library, and the end of the process, release every converter that is left: all calls
+ * must have ended before. */
 #ifndef QVCLR15X_H
 #define QVCLR15X_H
 
@@ -99,7 +100,7 @@ enum QMethod {
 /* Reference white of the profile connection space on the non-RGB side; ICC methods only. 20 bytes. */
 typedef struct WhitePointParams {
   uint32_t nWhitePoint; /* 50, 55, 65, 75: D50 ... D75; 93: 9300 K; 0: the point x, y; any other value: D50 */
-  double x, y; /* CIE 1931 chromaticity of the custom point, Y = 1; y = 0 or a negative XYZ: ERR_INV_PARAMETER */
+  double x, y; /* CIE 1931 chromaticity of the custom point, Y = 1; none, or X or Z not above 0: ERR_INV_PARAMETER */
 } WhitePointParams;
 
 /* Settings of CS_YUV; zero in a number stands for the plain kernel's own constant. 44 bytes. */
@@ -197,7 +198,8 @@ typedef struct ColorConverter ColorConverter;
 
 /* Creates a converter from nSrcSpace to nDstSpace and stores its handle; nothing is stored unless it returns 1.
  * Without pParams it converts by built-in formulas. With equal spaces (and no METHOD_CUSTOM_ICC in the mask) any
- * identifier is accepted and neither it nor the record's size is looked at: such a converter copies pixels.
+ * identifier is accepted and neither it nor the record's size is looked at: such a converter copies pixels of
+ * the known spaces.
  *
  * Checks, in this order: phConverter null: -13, not writable: -60; pParams not readable for 1648 bytes: -60; its size
  * field: -789; a space outside of 0..15 and 128: -785; METHOD_TABLE active with another table kind than 8: -13; the
@@ -216,13 +218,13 @@ Q_EXPORTED int32_t Q_ClrFree(ColorConverter* hConverter);
 Q_EXPORTED int32_t Q_ClrIsValid(const ColorConverter* hConverter);
 
 /* Names the module whose resources (profiles, tables) are read from now on: a module handle on Windows, a dlopen handle
- * elsewhere (null: the running program's own). Not checked here: a module without the resources shows when a
- * converter is made. The library itself is the module until this is called. */
+ * elsewhere (null: the running program's own, elsewhere whatever is loaded globally). Not checked here: a module
+ * without the resources shows when a converter is made. The library itself is the module until this is called. */
 Q_EXPORTED void SetResModule(void* hModule);
 
 /* Converts width x height pixels. A line holds (width * bits + 7) / 8 bytes, then nInAlign (nOutAlign) bytes of
- * padding, which the last line may lack; output padding is never written. pSrc may equal pDst when the pixels have
- * equal sizes.
+ * padding, which the last line may lack; output padding is never written. The buffers may overlap, and pSrc may
+ * equal pDst.
  *
  * Checks, in this order: a null pointer, a size below 1 or a padding below 0: -13; the handle not readable for 1712
  * bytes: -60; a space of no known size: -785; a buffer not readable or writable for its size: -60; no live converter:

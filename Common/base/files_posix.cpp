@@ -8,7 +8,6 @@
 
 #include "base/faults.h"
 #include "base/files.h"
-#include "base/text.h"
 #include "base/utf8_posix.h"
 
 namespace qv {
@@ -20,7 +19,7 @@ bool Refused() {
   return true;
 }
 
-using Path = std::array<char, 3 * kMaxNameUnits + 1>;
+using Path = std::array<char, 3 * 260 + 1>;  // a name of 260 UTF-16 units takes at most 3 bytes for each
 bool MakePath(const QWChar* name, Path* path) {
   if (Utf8FromWide(name, *path)) return true;
   errno = ENAMETOOLONG;

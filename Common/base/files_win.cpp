@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cwchar>
+#include <string_view>
 
 #include "base/faults.h"
 #include "base/files.h"
@@ -76,7 +76,14 @@ bool File::Seek(int64_t offset, Origin origin, int64_t* position) {
 }
 
 bool File::Exists(const QWChar* name) {
-  if (Refused() || std::wcspbrk(name, L"*?")) return false;  // a search would take these for patterns
+  if (Refused()) return false;
+  constexpr std::wstring_view kVerbatim = L"\\\\?\\";
+  const std::wstring_view whole(name);
+  const std::wstring_view searched = whole.starts_with(kVerbatim) ? whole.substr(kVerbatim.size()) : whole;
+  if (searched.find_first_of(L"*?<>\"") != searched.npos) {  // a search would take these for patterns
+    SetLastError(ERROR_INVALID_NAME);
+    return false;
+  }
   WIN32_FIND_DATAW found;
   const HANDLE search = FindFirstFileW(name, &found);
   if (search == INVALID_HANDLE_VALUE) return false;

@@ -22,7 +22,8 @@ int MapDescriptor::Renew(int lost) {
 // A number may stand for a file of the host by now.
 bool MapDescriptor::IsOurs(int number) const {
   struct stat status;
-  return number >= 0 && fstat(number, &status) == 0 && status.st_ino == inode_.load();
+  return number >= 0 && fstat(number, &status) == 0 && status.st_dev == device_.load() &&
+         status.st_ino == inode_.load();
 }
 
 void MapDescriptor::Close() {
@@ -41,6 +42,7 @@ int MapDescriptor::Open() {
     if (fresh >= 0) close(fresh);
     return expected;  // another thread's, or none
   }
+  device_.store(status.st_dev);
   inode_.store(status.st_ino);
   return fresh;
 }

@@ -19,6 +19,7 @@ class MapDescriptor {
   bool IsOurs(int number) const;
 
   std::atomic<int> number_{kNone};
+  std::atomic<dev_t> device_{0};
   std::atomic<ino_t> inode_{0};
 };
 extern constinit MapDescriptor map_descriptor;

@@ -1,4 +1,4 @@
-// Tests of memory that a caller handed over. They never touch it, and any number of threads may run them.
+// Tests of memory that a caller handed over. They never change it, and any number of threads may run them.
 #pragma once
 
 #include <cstddef>

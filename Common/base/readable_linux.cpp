@@ -55,7 +55,10 @@ Verdict AskKernelMap(uintptr_t begin, uintptr_t end, Access access) {
   while (begin < end) {
     Mapping mapping{};
     const Verdict found = FindMapping(begin, &mapping);
-    if (found == Verdict::kUnknown && errno == ENOTTY) unknown_to_kernel.store(true, std::memory_order_relaxed);
+    if (found == Verdict::kUnknown && errno == ENOTTY) {
+      unknown_to_kernel.store(true, std::memory_order_relaxed);
+      map_descriptor.Close();
+    }
     if (found != Verdict::kYes) return found;
     if ((mapping.flags & wanted) == 0) return Verdict::kNo;
     begin = mapping.end;
@@ -73,8 +76,9 @@ Verdict AskByPopulating(uintptr_t begin, uintptr_t end, Access access) {
   if (bytes == 0) return Verdict::kUnknown;  // all that there is
   const int advice = access == Access::kWrite ? kPopulateWrite : kPopulateRead;
   if (madvise(reinterpret_cast<void*>(first), bytes, advice) == 0) return Verdict::kYes;
-  // EINVAL is told for mappings of devices, and by kernels that do not know the advice.
-  return errno == EINVAL || errno == ENOSYS || errno == EINTR ? Verdict::kUnknown : Verdict::kNo;
+  // A fault is told where a page refuses the access. Whatever else is told has other causes too: devices, kernels that
+  // do not know the advice, a lack of memory.
+  return errno == EFAULT ? Verdict::kNo : Verdict::kUnknown;
 }
 
 Verdict AskMapText(uintptr_t begin, uintptr_t end, Access access) {

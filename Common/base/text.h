@@ -11,7 +11,4 @@ namespace qv {
 // the text does not fit or is malformed; `wide` is then all zero. Text that fills `wide` has no terminator.
 bool WideFromNarrow(std::span<const char> narrow, std::span<QWChar> wide);
 
-// Room for a name in the system's own narrow file-name encoding: 3 bytes of UTF-8 per UTF-16 unit.
-inline constexpr size_t kMaxNameUnits = 260;
-
 }  // namespace qv

@@ -7,8 +7,15 @@
 namespace qv {
 namespace {
 
-void* EngineMalloc(cmsContext /*context*/, cmsUInt32Number size) { return AllocateForEngine(size); }
-void* EngineRealloc(cmsContext /*context*/, void* block, cmsUInt32Number size) { return ResizeForEngine(block, size); }
+// A damaged profile may ask for anything; the engine's own memory handler stops at the same size.
+constexpr cmsUInt32Number kLargestBlock = 512u << 20;
+
+void* EngineMalloc(cmsContext /*context*/, cmsUInt32Number size) {
+  return size <= kLargestBlock ? AllocateForEngine(size) : nullptr;
+}
+void* EngineRealloc(cmsContext /*context*/, void* block, cmsUInt32Number size) {
+  return size <= kLargestBlock ? ResizeForEngine(block, size) : nullptr;
+}
 void EngineFree(cmsContext /*context*/, void* block) { ReleaseForEngine(block); }
 
 }  // namespace

@@ -35,21 +35,20 @@ cmsHTRANSFORM Link(cmsContext context, const IccSide& in, const EngineProfile& i
 }  // namespace
 
 Status IccTransform::Make(const IccSide& in, const IccSide& out, const WhitePointParams& white, IccTransform** made) {
-  const bool has_white_step = !IsD50(white) && !(IsRgb(*in.space) && IsRgb(*out.space));
-  cmsCIEXYZ white_xyz{};
-  if (const Status status = WhiteOf(white, &white_xyz); has_white_step && !Ok(status)) return status;
-
   auto result = New<IccTransform>();
   EngineContext context = MakeEngineContext();
   if (!result || !context) return kNoMemory;
   const EngineProfile in_profile = OpenProfile(context.get(), in);
   const EngineProfile out_profile = OpenProfile(context.get(), out);
   if (!in_profile || !out_profile) return kProfileOpen;
+
   EngineProfile white_profile;
-  if (has_white_step) {
+  if (!IsRgb(*in.space) || !IsRgb(*out.space)) {
+    std::optional<cmsCIEXYZ> xyz;
+    if (const Status status = WhiteOf(white, &xyz); !Ok(status)) return status;
     const auto direction = IsRgb(*in.space) ? WhiteDirection::kToWhite : WhiteDirection::kFromWhite;
-    white_profile = MakeWhitePointProfile(context.get(), white_xyz, direction);
-    if (!white_profile) return kNoMemory;
+    if (xyz) white_profile = MakeWhitePointProfile(context.get(), *xyz, direction);
+    if (xyz && !white_profile) return kNoMemory;
   }
   result->transform_ = Link(context.get(), in, in_profile, out, out_profile, white_profile);
   if (!result->transform_) return kProfileOpen;

@@ -9,6 +9,7 @@ namespace {
 
 constexpr uint32_t kSrgbProfile = 105, kLabProfile = 106, kCmykProfile = 107, kCmyProfile = 110;
 
+// Between CS_RGB and CS_BGR the source's kernel serves.
 constexpr Space kSpaces[] = {
     {CS_RGB, "CS_RGB", 24, SizeRule::kNone, &RGBToBGR, &BGRToRGB, TYPE_RGB_8, kSrgbProfile},
     {CS_YUV, "CS_YUV", 24, SizeRule::kNone},

@@ -4,20 +4,33 @@
 
 namespace qv {
 
-Status WhiteOf(const WhitePointParams& params, cmsCIEXYZ* white) {
-  switch (params.nWhitePoint) {
-    case 55: *white = {0.956543, 1.0, 0.920264}; return kSuccess;
-    case 65: *white = {0.950166, 1.0, 1.08765}; return kSuccess;
-    case 75: *white = {0.94942, 1.0, 1.22493}; return kSuccess;
-    case 93: *white = {0.952988, 1.0, 1.41274}; return kSuccess;
-    case 0: break;
-    default: *white = {0.964294, 1.0, 0.825104}; return kSuccess;
+namespace {
+
+struct Illuminant {
+  uint32_t selector;
+  double x, z;  // XYZ with Y = 1
+};
+constexpr Illuminant kIlluminants[] = {
+    {55, 0.956543, 0.920264}, {65, 0.950166, 1.08765}, {75, 0.94942, 1.22493}, {93, 0.952988, 1.41274}};
+
+// The engine reckons in single precision: both ways must stay numbers there.
+bool CanRescale(double component) {
+  const auto value = static_cast<float>(component);
+  return std::isnormal(value) && value > 0 && std::isnormal(1 / value);
+}
+
+}  // namespace
+
+Status WhiteOf(const WhitePointParams& params, std::optional<cmsCIEXYZ>* white) {
+  white->reset();
+  for (const Illuminant& illuminant : kIlluminants) {
+    if (illuminant.selector == params.nWhitePoint) *white = {illuminant.x, 1.0, illuminant.z};
   }
+  if (params.nWhitePoint != 0) return kSuccess;
   const double x = params.x, y = params.y;
   if (y == 0) return kInvalidParameter;
   *white = {x / y, 1.0, (1 - x - y) / y};
-  const bool possible = std::isfinite(white->X) && std::isfinite(white->Z) && white->X >= 0 && white->Z >= 0;
-  return possible ? kSuccess : kInvalidParameter;
+  return CanRescale((*white)->X) && CanRescale((*white)->Z) ? kSuccess : kInvalidParameter;
 }
 
 EngineProfile MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction) {

@@ -1,17 +1,16 @@
 // Reference whites of the profile connection space, and their abstract profile.
 #pragma once
 
+#include <optional>
+
 #include "base/status.h"
 #include "qvclr/icc_engine.h"
 
 namespace qv {
 
-// XYZ with Y = 1 of a record's white. kInvalidParameter for a custom point that is no chromaticity.
-Status WhiteOf(const WhitePointParams& params, cmsCIEXYZ* white);
-constexpr bool IsD50(const WhitePointParams& params) {
-  const uint32_t point = params.nWhitePoint;
-  return point != 0 && point != 55 && point != 65 && point != 75 && point != 93;
-}
+// XYZ with Y = 1 of a record's white; nothing for D50, the connection space's own. kInvalidParameter for a custom point
+// that is no chromaticity, or so near to X = 0 or Z = 0 that nothing can be rescaled by it.
+Status WhiteOf(const WhitePointParams& params, std::optional<cmsCIEXYZ>* white);
 
 // A profile that rescales XYZ relative to D50 by D50 / white, component by component, as CIELAB normalises; or, the
 // other way, by white / D50. Null without memory.

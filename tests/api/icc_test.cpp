@@ -162,7 +162,15 @@ TEST(WhitePoints, DoNotTouchTwoRgbSidesAndMustBeChromaticities) {
   EXPECT_EQ(target, Reference(kRgb, kBgr, source));
 
   ColorConverter* handle = nullptr;
-  for (const auto& [x, y] : {std::pair{0.3, 0.0}, {-0.1, 0.3}, {0.8, 0.3}, {NAN, 0.3}, {0.3, INFINITY}, {0.3, NAN}}) {
+  for (const auto& [x, y] : {std::pair{0.3, 0.0},
+                             {0.0, 0.5},
+                             {1e-200, 0.5},
+                             {0.5, 0.5},
+                             {-0.1, 0.3},
+                             {0.8, 0.3},
+                             {NAN, 0.3},
+                             {0.3, INFINITY},
+                             {0.3, NAN}}) {
     const WhitePointParams impossible = {0, x, y};
     params.pWhitePoint = &impossible;
     EXPECT_EQ(Q_ClrInit(&handle, CS_RGB, CS_LAB, &params), ERR_INV_PARAMETER) << x << ' ' << y;
