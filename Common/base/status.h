@@ -12,6 +12,7 @@ enum class [[nodiscard]] Status : int32_t{
     kNoMemory = ERR_NO_MEMORY,
     kProfileName = ERR_PROFILE_NAME,
     kInvalidParameter = ERR_INV_PARAMETER,
+    kIccTagNotFound = ERR_ICC_TAG_NOT_FOUND,
     kBadPointer = ERR_BAD_POINTER,
     kInvalidConverter = ERR_INV_CONVERTER,
     kInPlacePadding = ERR_INPLACE_PADDING,

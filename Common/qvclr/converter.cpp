@@ -44,8 +44,8 @@ ConverterList::Node* ConverterList::Find(const ColorConverter* converter) const 
 
 bool ReleaseByMask(ColorConverter* converter) {
   Drop(converter->cmyk_params);
-  if (converter->space1_params) Release(const_cast<uint8_t*>(converter->space1_params->pLumaTable));
-  Drop(converter->space1_params);
+  if (converter->yuv) Release(const_cast<uint8_t*>(converter->yuv->params.pLumaTable));
+  Drop(converter->yuv);
   Drop(converter->lab_to_rgb);
   Drop(converter->rgb_to_lab);
   Drop(converter->source11_tables);

@@ -6,6 +6,8 @@
 #include "base/memory.h"
 #include "base/status.h"
 #include "qvclr/lab_records.h"
+#include "qvclr/ycbcr_tables.h"
+#include "qvclr/yuv_settings.h"
 
 namespace qv {
 class IccTransform;
@@ -19,7 +21,7 @@ struct ColorConverter {
   qv::IccTransform* custom_icc;            // METHOD_CUSTOM_ICC
   uint32_t icc_in_format, icc_out_format;  // of the engine; on route 2, the two spaces
   CmykParams* cmyk_params;
-  Space1Params* space1_params;
+  qv::YuvRecord* yuv;
   uint32_t route;
   WhitePointParams* white_point;
   uint32_t active_method, method_mask;
@@ -33,7 +35,7 @@ struct ColorConverter {
   uint32_t gamma;  // times 100
   qv::LabToRgbRecord* lab_to_rgb;
   qv::RgbToLabRecord* rgb_to_lab;
-  void* source11_tables;
+  qv::YCbCrTables* source11_tables;
   uint8_t reserved[8];
 };
 

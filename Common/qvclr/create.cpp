@@ -55,6 +55,14 @@ Status Configure(uint32_t src_space, uint32_t dst_space, ConversionParams params
   return CopySubRecords(params, src_space, dst_space, converter);
 }
 
+Status AddSource11Tables(ColorConverter* converter) {
+  auto tables = New<YCbCrTables>();
+  if (!tables) return kNoMemory;
+  BuildYCbCrTables(*tables);
+  converter->source11_tables = tables.release();
+  return kSuccess;
+}
+
 // Equal spaces need nothing: whatever their identifier, pixels are copied.
 bool IsPlainCopy(uint32_t src_space, uint32_t dst_space, const ConversionParams* params) {
   return src_space == dst_space && !(params && (params->nMethodMask & METHOD_CUSTOM_ICC));
@@ -79,7 +87,8 @@ Status CreateConverter(uint32_t src_space, uint32_t dst_space, const ConversionP
     converter->route = RouteOf(src_space, dst_space);
     converter->gamma = kGamma;
     converter->active_method = converter->method_mask = METHOD_FORMULA;
-    const Status status = params ? Configure(src_space, dst_space, *params, converter.get()) : kSuccess;
+    Status status = params ? Configure(src_space, dst_space, *params, converter.get()) : kSuccess;
+    if (Ok(status) && src_space == CS_CMYK_PROFILE) status = AddSource11Tables(converter.get());
     if (!Ok(status)) return status;
   }
   ColorConverter* const made = converter.get();

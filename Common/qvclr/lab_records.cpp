@@ -1,7 +1,11 @@
 #include "qvclr/lab_records.h"
 
+#include "base/exact_math.h"
+
 namespace qv {
 namespace {
+
+constexpr double kLinearBelow = 0.008856, kSlope = 7.7867, kIntercept = 0.13793103448275862;  // 16 / 116
 
 constexpr std::array<double, 3> kWhite = {95.0166015625, 100.0, 108.76499938964844};
 constexpr std::array<double, 9> kRgbFromXyz = {3.240478992462158,   -1.5371500253677368,  -0.49853500723838806,
@@ -11,14 +15,43 @@ constexpr std::array<double, 9> kXyzFromRgb = {0.4124529957771301,  0.3575800061
                                                0.21267099678516388, 0.7151600122451782,  0.0721689984202385,
                                                0.01933399960398674, 0.11919300258159637, 0.9502270221710205};
 
+constexpr int32_t RangeOr(int32_t range, int32_t by_default) { return range > 0 ? range : by_default; }
+
 LabConstants Constants(const LabParams& params, const std::array<double, 9>& matrix) {
-  return {kWhite,          matrix,         params.nLOffset, params.nLRange,
-          params.nAOffset, params.nARange, params.nBOffset, params.nBRange};
+  return {kWhite,          matrix,
+          params.nLOffset, RangeOr(params.nLRange, 100),
+          params.nAOffset, RangeOr(params.nARange, 170),
+          params.nBOffset, RangeOr(params.nBRange, 200)};
 }
 
 }  // namespace
 
+double LabCurve(double t) { return t > kLinearBelow ? CubeRoot(t) : kSlope * t + kIntercept; }
+
+double InverseLabCurve(double f) {
+  const double cube = f * f * f;
+  return cube > kLinearBelow ? cube : (f - kIntercept) / kSlope;
+}
+
 LabConstants LabToRgbConstants(const LabParams& params) { return Constants(params, kRgbFromXyz); }
 LabConstants RgbToLabConstants(const LabParams& params) { return Constants(params, kXyzFromRgb); }
+
+double BeginOfByte(size_t byte, uint32_t gamma) {
+  return RealPower((static_cast<double>(byte) - 0.5) / 255, 1 / (gamma / 100.0));
+}
+
+void BuildTables(LabToRgbRecord& record, uint32_t gamma) {
+  for (size_t i = 0; i < record.byte_begins.size(); ++i) {
+    record.byte_begins[i] = static_cast<float>(BeginOfByte(i + 1, gamma));
+  }
+}
+
+void BuildTables(RgbToLabRecord& record, uint32_t gamma) {
+  const double exponent = 1 / (gamma / 100.0);
+  for (size_t byte = 0; byte < 256; ++byte) record.linear[byte] = RealPower(static_cast<double>(byte) / 255, exponent);
+  for (size_t i = 0; i < record.lab_curve.size(); ++i) {
+    record.lab_curve[i] = LabCurve(static_cast<double>(i) / kLabCurveSteps);
+  }
+}
 
 }  // namespace qv

@@ -34,18 +34,19 @@ Status CopySubRecord(const Record* from, Record** field) {
 }
 
 // The caller's luma table may go away: the copy has its own. A count without a pointer is no table.
-Status CopyLumaTable(Space1Params* record) {
-  const uint8_t* table = record->pLumaTable;
-  record->pLumaTable = nullptr;
-  if (!table || record->nLumaTableBytes == 0) {
-    record->nLumaTableBytes = 0;
-    return kSuccess;
-  }
-  if (!IsReadable(table, record->nLumaTableBytes)) return kBadPointer;
-  auto copy = NewArray<uint8_t>(record->nLumaTableBytes);
-  if (!copy) return kNoMemory;
-  std::memcpy(copy.get(), table, record->nLumaTableBytes);
-  record->pLumaTable = copy.release();
+Status CopyYuvRecord(const Space1Params* from, ColorConverter* converter) {
+  Space1Params params;
+  if (const Status status = ReadSubRecord(from, &params); !Ok(status)) return status;
+  if (!params.pLumaTable) params.nLumaTableBytes = 0;
+  if (!IsReadable(params.pLumaTable, params.nLumaTableBytes)) return kBadPointer;
+  auto record = New<YuvRecord>();
+  auto luma = NewArray<uint8_t>(params.nLumaTableBytes);
+  if (!record || !luma) return kNoMemory;
+  if (params.pLumaTable) std::memcpy(luma.get(), params.pLumaTable, params.nLumaTableBytes);
+  params.pLumaTable = luma.release();
+  record->params = params;
+  record->settings = MakeYuvSettings(params);
+  converter->yuv = record.release();
   return kSuccess;
 }
 
@@ -57,6 +58,8 @@ Status MakeLabRecords(const LabParams* from, ColorConverter* converter) {
   if (!to_rgb || !from_rgb) return kNoMemory;
   to_rgb->constants = LabToRgbConstants(params);
   from_rgb->constants = RgbToLabConstants(params);
+  BuildTables(*to_rgb, converter->gamma);
+  BuildTables(*from_rgb, converter->gamma);
   converter->lab_to_rgb = to_rgb.release();
   converter->rgb_to_lab = from_rgb.release();
   return kSuccess;
@@ -70,9 +73,7 @@ Status CopySubRecords(const ConversionParams& params, uint32_t src_space, uint32
     if (const Status status = CopySubRecord(params.pCmykParams, &converter->cmyk_params); !Ok(status)) return status;
   }
   if (EitherIs(CS_YUV, src_space, dst_space) && params.pSpace1Params) {
-    if (const Status status = CopySubRecord(params.pSpace1Params, &converter->space1_params); !Ok(status))
-      return status;
-    if (const Status status = CopyLumaTable(converter->space1_params); !Ok(status)) return status;
+    if (const Status status = CopyYuvRecord(params.pSpace1Params, converter); !Ok(status)) return status;
   }
   if (EitherIs(CS_LAB, src_space, dst_space) && params.pLabParams) return MakeLabRecords(params.pLabParams, converter);
   return kSuccess;

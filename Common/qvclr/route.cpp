@@ -37,7 +37,6 @@ Status ConvertByIcc(const IccTransform* transform, const Frame& in, const uint8_
 Status ConvertByKernel(const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst, RowArgs args) {
   const bool to_rgb = IsRgb(*out.space);
   const Kernel* kernel = to_rgb ? in.space->to_rgb : out.space->from_rgb;
-  if (!kernel) return kUnsupportedColorSpace;
   args.rgb_first = (to_rgb ? out : in).space->id == CS_RGB;
   return RunKernel(*kernel, in, src, out, dst, args);
 }
@@ -51,9 +50,14 @@ Status ConvertThroughRgb(const Frame& in, const uint8_t* src, const Frame& out, 
   return ConvertByKernel(between, rgb.get(), out, dst, {});
 }
 
+// The settings of the converter's own; the side that is not RGB tells which.
 RowArgs ArgsOf(const ColorConverter& converter) {
   RowArgs args;
   if (converter.cmyk_params) args.black_param = converter.cmyk_params->nBlackParam;
+  if (converter.yuv) args.record = &converter.yuv->settings;
+  if (converter.lab_to_rgb && converter.src_space == CS_LAB) args.record = converter.lab_to_rgb;
+  if (converter.rgb_to_lab && converter.dst_space == CS_LAB) args.record = converter.rgb_to_lab;
+  if (converter.source11_tables) args.record = converter.source11_tables;
   return args;
 }
 

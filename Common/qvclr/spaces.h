@@ -22,8 +22,8 @@ struct Space {
   const char* name;
   uint8_t bits;  // per pixel
   SizeRule rule;
-  const Kernel* to_rgb = nullptr;  // null while there is none
-  const Kernel* from_rgb = nullptr;
+  const Kernel* to_rgb;
+  const Kernel* from_rgb;
   uint32_t icc_format = 0;   // the engine's pixel format, of as many bits; 0: not converted by ICC
   uint32_t icc_profile = 0;  // number of the built-in profile
   bool planar = false;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "qvclr/frame.h"
-#include "qvclr/kernel.h"
+#include "qvclr/kernels/kernels.h"
 #include "support/converters.h"
 #include "support/guarded.h"
 #include "support/sha256.h"
@@ -232,32 +232,39 @@ TEST_P(EveryKernel, WritesNothingWhereABufferOrTheSizeIsRefused) {
 }
 
 // All 2^24 values of the first three bytes, a fourth running along; a pixel that is refused counts as zeros.
-TEST_P(EveryKernel, GivesTheOutputOnRecord) {
-  if (kernel().unit_pixels > 1) GTEST_SKIP() << "its input is a packed group";
-  const size_t src_bytes = kernel().src_bytes, dst_bytes = kernel().dst_bytes;
-  EXPECT_EQ(src_bytes * 8, In(1).space->bits);
-  EXPECT_EQ(dst_bytes * 8, Out(1).space->bits);
-  RowArgs args;
-  if (kernel().prepare) kernel().prepare(args);
+std::string HashOfOutputs(const Kernel& kernel, RowArgs args) {
+  if (kernel.prepare) kernel.prepare(args);
   qv_test::Sha256 hash;
-  Bytes src(65536 * src_bytes), dst(65536 * dst_bytes);
+  Bytes src(65536 * kernel.src_bytes), dst(65536 * kernel.dst_bytes);
   for (size_t first = 0; first < 256; ++first) {
     for (size_t x = 0; x < 65536; ++x) {
       const uint8_t pixel[] = {uint8_t(first), uint8_t(x / 256), uint8_t(x), uint8_t(first + 3 * (x / 256) + 5 * x)};
-      std::copy_n(pixel, src_bytes, &src[x * src_bytes]);
+      std::copy_n(pixel, kernel.src_bytes, &src[x * kernel.src_bytes]);
     }
-    const bool refused = !Ok(kernel().row(src.data(), dst.data(), 65536, args));
+    const bool refused = !Ok(kernel.row(src.data(), dst.data(), 65536, args));
     for (size_t x = 0; refused && x < 65536; ++x) {
-      uint8_t* pixel = &dst[x * dst_bytes];
-      if (!Ok(kernel().row(&src[x * src_bytes], pixel, 1, args))) std::fill_n(pixel, dst_bytes, uint8_t{0});
+      uint8_t* pixel = &dst[x * kernel.dst_bytes];
+      if (!Ok(kernel.row(&src[x * kernel.src_bytes], pixel, 1, args))) std::fill_n(pixel, kernel.dst_bytes, uint8_t{0});
     }
     hash.Add(dst);
   }
+  return hash.Hex();
+}
+
+TEST_P(EveryKernel, GivesTheOutputOnRecord) {
+  if (kernel().unit_pixels > 1) GTEST_SKIP() << "its input is a packed group";
+  EXPECT_EQ(kernel().src_bytes * 8, In(1).space->bits);
+  EXPECT_EQ(kernel().dst_bytes * 8, Out(1).space->bits);
   std::map<std::string, std::string> recorded;
   std::ifstream file(QV_TEST_DATA "/kernel_hashes.txt");
   for (std::string name, hex; file >> name >> hex;) recorded[name] = hex;
-  const std::string hex = hash.Hex();
-  EXPECT_EQ(recorded[kernel().name], hex) << "the line to add: " << kernel().name << ' ' << hex;
+  const bool by_parameter = &kernel() == &RGBToCMYK || &kernel() == &CMYKToRGB;
+  for (const int32_t black : by_parameter ? std::vector<int32_t>{175, 1000, 3000, -1} : std::vector<int32_t>{175}) {
+    std::string name = kernel().name;
+    if (by_parameter) name.append("/").append(std::to_string(black));
+    const std::string hex = HashOfOutputs(kernel(), {.black_param = black});
+    EXPECT_EQ(recorded[name], hex) << "the line to add: " << name << ' ' << hex;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Catalogue, EveryKernel, testing::ValuesIn(CatalogueKernels()),

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 
-#include "base/exact_math.h"
 #include "qvclr/kernels/kernels.h"
+#include "qvclr/kernels/pixel.h"
 
 namespace qv {
 namespace {
@@ -23,9 +23,8 @@ void PrepareBlack(RowArgs& args) {
 }
 
 void RGBToCMYKPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
-  const int c = 255 - src[args.rgb_first ? 0 : 2];
-  const int m = 255 - src[1];
-  const int y = 255 - src[args.rgb_first ? 2 : 0];
+  const auto [r, g, b] = LoadRgb(src, args);
+  const int c = 255 - r, m = 255 - g, y = 255 - b;
   const int smallest = std::min({c, m, y});
   const int largest = std::max({c, m, y});
   const double amount = (smallest / 255.0) * args.black.fifth_power;
@@ -44,24 +43,12 @@ void CMYKToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
   const auto neutrality = static_cast<uint8_t>(smallest - largest + 255);
   const int weight = kGrayWeightTable[neutrality];
   const int black = std::min(((src[3] * weight) >> 8) * args.black.grey_factor, 255 - largest);
-  const auto red = static_cast<uint8_t>(255 - c - black);
-  const auto blue = static_cast<uint8_t>(255 - y - black);
-  dst[0] = args.rgb_first ? red : blue;
-  dst[1] = static_cast<uint8_t>(255 - m - black);
-  dst[2] = args.rgb_first ? blue : red;
+  StoreRgb({255 - c - black, 255 - m - black, 255 - y - black}, dst, args);
 }
 
 }  // namespace
 
-const Kernel RGBToCMYK = {.name = "RGBToCMYK",
-                          .row = ScalarRow<RGBToCMYKPixel, 3, 4>,
-                          .src_bytes = 3,
-                          .dst_bytes = 4,
-                          .prepare = PrepareBlack};
-const Kernel CMYKToRGB = {.name = "CMYKToRGB",
-                          .row = ScalarRow<CMYKToRGBPixel, 4, 3>,
-                          .src_bytes = 4,
-                          .dst_bytes = 3,
-                          .prepare = PrepareBlack};
+const Kernel RGBToCMYK = PixelKernel<RGBToCMYKPixel, 3, 4>("RGBToCMYK", PrepareBlack);
+const Kernel CMYKToRGB = PixelKernel<CMYKToRGBPixel, 4, 3>("CMYKToRGB", PrepareBlack);
 
 }  // namespace qv
