@@ -8,5 +8,6 @@ class App;
 namespace client {
 
 void AddConvertCommand(CLI::App& app);
+void AddSpacesCommand(CLI::App& app);
 
 }  // namespace client

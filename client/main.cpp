@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // a path may begin with a slash on any system
     client::AddConvertCommand(app);
+    client::AddSpacesCommand(app);
     try {
       app.parse(argc, argv);
     } catch (const CLI::Success& help) {

@@ -7,12 +7,28 @@
 namespace client {
 namespace {
 
+constexpr const char* kAnySize = "any";
+constexpr const char* kEvenWidth = "even width";
+
 constexpr Space kSpaces[] = {
-    {"rgb", CS_RGB, 24}, {"yuv", CS_YUV, 24},   {"cmyk", CS_CMYK, 32}, {"hsv", CS_HSV, 24},
-    {"hls", CS_HLS, 24}, {"yiq", CS_YIQ, 24},   {"cmy", CS_CMY, 24},   {"lab", CS_LAB, 24},
-    {"xyz", CS_XYZ, 24}, {"yuy2", CS_YUY2, 16}, {"yvu9", CS_YVU9, 9},  {"cmyk-profile", CS_CMYK_PROFILE, 32},
-    {"bgr", CS_BGR, 24}, {"y41p", CS_Y41P, 12}, {"uyvy", CS_UYVY, 16}, {"ycbcr", CS_YCBCR, 24},
-    {"hsi", CS_HSI, 24},
+    {"rgb", CS_RGB, 24, "R G B", kAnySize},
+    {"yuv", CS_YUV, 24, "Y U V", kAnySize},
+    {"cmyk", CS_CMYK, 32, "C M Y K", kAnySize},
+    {"hsv", CS_HSV, 24, "H S V", kAnySize},
+    {"hls", CS_HLS, 24, "H L S", kAnySize},
+    {"yiq", CS_YIQ, 24, "Y I Q", kAnySize},
+    {"cmy", CS_CMY, 24, "C M Y", kAnySize},
+    {"lab", CS_LAB, 24, "L a b; by formula a and b are signed bytes, by profiles they are stored as value + 128",
+     kAnySize},
+    {"xyz", CS_XYZ, 24, "X Y Z", kAnySize},
+    {"yuy2", CS_YUY2, 16, "Y0 U Y1 V", kEvenWidth},
+    {"yvu9", CS_YVU9, 9, "planes Y, V, U; a V and a U to 4 x 4 pixels", "multiples of 4"},
+    {"cmyk-profile", CS_CMYK_PROFILE, 32, "Y Cb Cr K; YCbCr of the complements of C M Y", kAnySize},
+    {"bgr", CS_BGR, 24, "B G R", kAnySize},
+    {"y41p", CS_Y41P, 12, "U0 Y0 V0 Y1 U4 Y2 V4 Y3 Y4 Y5 Y6 Y7", "width of 8"},
+    {"uyvy", CS_UYVY, 16, "U Y0 V Y1", kEvenWidth},
+    {"ycbcr", CS_YCBCR, 24, "Y Cb Cr; Cb and Cr are signed bytes", kAnySize},
+    {"hsi", CS_HSI, 24, "I H S", kAnySize},
 };
 
 constexpr Method kMethods[] = {
@@ -109,6 +125,8 @@ WhitePointParams ParseWhitePoint(const std::string& name_or_xy) {
   }
   return white;
 }
+
+std::span<const Space> AllSpaces() { return kSpaces; }
 
 std::string SpaceNames() { return NamesIn(kSpaces); }
 std::string MethodNames() { return NamesIn(kMethods); }

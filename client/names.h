@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "Qvclr15x.h"
@@ -12,6 +13,8 @@ struct Space {
   const char* name;
   uint32_t id;
   uint32_t bits;  // per pixel
+  const char* layout;
+  const char* size_rule;
 
   bool Planar() const { return id == CS_YVU9; }
 };
@@ -26,6 +29,8 @@ const Space& SpaceOf(uint32_t id);
 const Space& ParseSpace(const std::string& name_or_number);
 const Method& ParseMethod(const std::string& name_or_number);
 WhitePointParams ParseWhitePoint(const std::string& name_or_xy);
+
+std::span<const Space> AllSpaces();
 
 // The names to choose from, for help texts: "rgb, yuv, ...".
 std::string SpaceNames();
