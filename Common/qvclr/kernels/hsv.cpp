@@ -1,6 +1,5 @@
 // CS_HSV: hue in whole degrees, stored as hue x 255 / 360.
 #include <algorithm>
-#include <cstdlib>
 
 #include "qvclr/kernels/kernels.h"
 #include "qvclr/kernels/pixel.h"
