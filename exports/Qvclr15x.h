@@ -196,6 +196,18 @@ typedef struct BitmapHandle {
 /* A converter; callers hold only its address, the handle. */
 typedef struct ColorConverter ColorConverter;
 
+/* What Q_ClrSetConversionParams changes: the bits of nMethodMask in that call. */
+enum QConversionChange {
+  CHANGE_ACTIVE_METHOD = 1, /* nActiveMethod */
+  CHANGE_PROFILES = 2,      /* sSourceProfileName, sDestProfileName */
+  CHANGE_WHITE_POINT = 4,   /* pWhitePoint */
+  CHANGE_TABLE = 8,         /* sEmulationTableName */
+  CHANGE_CMYK = 16,         /* pCmykParams: nBlackParam when bit 1 of its nFlags is set */
+  CHANGE_SPACE1 = 32,       /* pSpace1Params: bits 1, 2, 4, 8 of its nFlags: nUSpan, nUOffset, nVSpan, nVOffset; 16: the
+                             * bytes of pLumaTable, nLumaTableBytes of them; 32: nLumaTableBytes; 64: nLumaSpan */
+  CHANGE_LAB = 64           /* pLabParams: bits 1 to 32 of its nFlags: its six values in their order */
+};
+
 /* Creates a converter from nSrcSpace to nDstSpace and stores its handle; nothing is stored unless it returns 1.
  * Without pParams it converts by built-in formulas. With equal spaces (and no METHOD_CUSTOM_ICC in the mask) any
  * identifier is accepted and neither it nor the record's size is looked at: such a converter copies pixels of
@@ -204,12 +216,43 @@ typedef struct ColorConverter ColorConverter;
  * Checks, in this order: phConverter null: -13, not writable: -60; pParams not readable for 1648 bytes: -60; its size
  * field: -789; a space outside of 0..15 and 128: -785; METHOD_TABLE active with another table kind than 8: -13; the
  * white point not readable: -60; no method in the mask, or the active one not in it: -786. Then what the methods in the
- * mask need is prepared: a pair that they do not convert: -785; a missing resource: the system's error number; a
- * profile that does not fit: -787; a custom white point that is no chromaticity: -13; memory: -3. */
+ * mask need is prepared, in the order of their bits:
+ * - METHOD_ICC, METHOD_CUSTOM_ICC, where a side is RGB or both are the same: a pair that the engine does not convert:
+ * -785; a missing resource: the system's error number; a custom white point that is no chromaticity: -13. Each side of
+ *   METHOD_CUSTOM_ICC takes the profile in memory when there is one, else the named file, else the built-in
+ *   profile of its space. Neither memory nor name on either side, or a name of no file: -8; memory that is not
+ * readable: -60; what the engine cannot open, or a profile of another space than its side's: -787.
+ * - METHOD_TABLE: a missing table shows only in conversion.
+ * - METHOD_CUSTOM_TABLE, for CMYK to RGB, RGB to Lab, Lab to RGB: a name of no file: -8; a file that cannot be read as
+ * a table: -7. The file is an uncompressed little-endian TIFF of one strip, whose bytes are the nodes of the table,
+ *   three bytes each, the first channel slowest: 17 x 17 x 17 x 17 nodes, 16 steps apart, for CMYK, else
+ *   33 x 33 x 33, 8 apart. Bytes that it lacks are 0.
+ * Memory: -3. */
 Q_EXPORTED int32_t Q_ClrInit(ColorConverter** phConverter, uint32_t nSrcSpace, uint32_t nDstSpace,
                              const ConversionParams* pParams);
 Q_EXPORTED int32_t Q_ClrInitA(ColorConverter** phConverter, uint32_t nSrcSpace, uint32_t nDstSpace,
                               const ConversionParamsA* pParams);
+
+/* Changes a live converter, which must not be converting meanwhile. nMethodMask of the record holds QConversionChange
+ * bits; what they do not select is not read, nor is uStructSize. The changes are made in this order, up to the first
+ * failure; what was changed before it stays. For want of memory (-3), the copies of records that this call made
+ * go again.
+ *
+ * Checks: null: -13; a record not readable: -60; no live converter: -261.
+ * - CHANGE_ACTIVE_METHOD: one of 1, 2, 4, 8 that is not in the converter's mask: -786. Other values are taken untested.
+ * - CHANGE_CMYK, CHANGE_SPACE1, CHANGE_LAB: neither side is of that space: -786; a null record: -13 (for CHANGE_SPACE1
+ * a null pCmykParams too, which it does not read); one that is not readable: -60; its size field: -789. A converter
+ * that holds none of the kind takes a copy of the whole record; CHANGE_LAB then takes 0, 100, 128, 170, 96, 200 and the
+ * white 96.421, 99.997, 82.524 in its place, and serves only conversion from CS_LAB.
+ * - CHANGE_WHITE_POINT, with 1, 2, 4 or 8 active: null: -13; not readable: -60. The transform of method 2 or 4 is made
+ * anew when that method is active, with the failures of Q_ClrInit.
+ * - CHANGE_PROFILES: both names are taken over and the transform of METHOD_CUSTOM_ICC is made anew, with the failures
+ * of Q_ClrInit. A side without a new name keeps its profile in memory.
+ * - CHANGE_TABLE: the table of METHOD_CUSTOM_TABLE is released, and read again for CMYK to RGB or BGR and for RGB to
+ * Lab. A file that cannot be read makes it a table of zeros, not a failure. After a failed making the transform is
+ * gone, and conversion by its method returns -786. */
+Q_EXPORTED int32_t Q_ClrSetConversionParams(ColorConverter* hConverter, const ConversionParams* pParams);
+Q_EXPORTED int32_t Q_ClrSetConversionParamsA(ColorConverter* hConverter, const ConversionParamsA* pParams);
 
 /* Releases a converter and all that it owns. Null or unreadable: -13; no live converter: -261. */
 Q_EXPORTED int32_t Q_ClrFree(ColorConverter* hConverter);
@@ -246,6 +289,23 @@ Q_EXPORTED int32_t Q_ClrConvert(ColorConverter* hConverter, const void* pSrc, vo
  * Equal spaces are copied line by line. */
 Q_EXPORTED int32_t Q_ClrConvertDirect(uint32_t nSrcSpace, uint32_t nDstSpace, const void* pSrc, void* pDst,
                                       int32_t width, int32_t height, int32_t nInAlign, int32_t nOutAlign);
+
+/* Converts to 24-bit RGB or BGR and fills a bitmap, whose lines Q_FreeBitmap releases; a bitmap that was filled before
+ * is not released by it. Lines are top-down. nOutAlign counts between the lines that are converted, not in the bitmap.
+ *
+ * Checks, in this order: a null pSrc or pBitmap: -13; the handle not readable for 1712 bytes: -60; the input not
+ * readable with the padding of every line: -60; no live converter: -261; another destination than CS_RGB and CS_BGR:
+ * -785; memory: -3. Then the result of Q_ClrConvert; that of filling the bitmap is not told (intended). */
+Q_EXPORTED int32_t Q_ClrConvertToBitmap(ColorConverter* hConverter, const void* pSrc, BitmapHandle* pBitmap,
+                                        uint32_t uBitmapSize, int32_t width, int32_t height, int32_t nInAlign,
+                                        int32_t nOutAlign);
+
+/* The same without a converter. A null pointer, or another destination than CS_RGB and CS_BGR: -13; memory: -3; a
+ * failure of Q_ClrConvertDirect. Else the result of filling the bitmap: uBitmapSize other than 32: -789; not writable:
+ * -60; no memory for its lines: -3. */
+Q_EXPORTED int32_t Q_ClrConvertDirectToBitmap(uint32_t nSrcSpace, uint32_t nDstSpace, const void* pSrc,
+                                              BitmapHandle* pBitmap, uint32_t uBitmapSize, int32_t width,
+                                              int32_t height, int32_t nInAlign, int32_t nOutAlign);
 
 /* Releases the lines of a filled bitmap and clears the record. Null: -13; not writable: -60; uStructSize: -789. */
 Q_EXPORTED int32_t Q_FreeBitmap(BitmapHandle* pBitmap);

@@ -1,7 +1,9 @@
 // Files by wide names: every name that the system can hold. Failures leave their reason in the system's last error.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <span>
 
 #include "Qvclr15x.h"
 
@@ -35,5 +37,10 @@ class File {
   static constexpr intptr_t kClosed = -1;
   intptr_t native_ = kClosed;
 };
+
+// For a name in a record's field, which must hold its terminator too.
+inline bool NamesExistingFile(std::span<const QWChar> field) {
+  return std::ranges::find(field, QWChar{0}) != field.end() && File::Exists(field.data());
+}
 
 }  // namespace qv

@@ -10,7 +10,7 @@
 namespace qv {
 namespace {
 
-enum class Form : uint32_t { kBlock = 0x6B6C6221, kImage = 0x676D6921, kEngine = 0x676E6521, kReleased = 0 };
+enum class Form : uint32_t { kBlock = 0x6B6C6221, kImage = 0x676D6921, kReleased = 0 };
 
 // Stands before every block and links it into the ledger.
 struct alignas(std::max_align_t) Entry {
@@ -107,10 +107,6 @@ void* ResizeImage(void* image, size_t size, Where where) {
   return allocation_faults.Strikes() ? nullptr : Resize(image, size, Form::kImage, where);
 }
 void ReleaseImage(void* image) { GiveBack(image, Form::kImage); }
-
-void* AllocateForEngine(size_t size, Where where) { return Obtain(size, Form::kEngine, where); }
-void* ResizeForEngine(void* block, size_t size, Where where) { return Resize(block, size, Form::kEngine, where); }
-void ReleaseForEngine(void* block) { GiveBack(block, Form::kEngine); }
 
 LedgerTotals Ledger() {
   const std::lock_guard lock(ledger.mutex);

@@ -27,12 +27,6 @@ void Release(void* block);
 [[nodiscard]] void* ResizeImage(void* image, size_t size, Where where = Where::Here());
 void ReleaseImage(void* image);
 
-// For the colour engine, which does not survive every failure inside it: in the ledger, but out of reach of the fault
-// hook.
-[[nodiscard]] void* AllocateForEngine(size_t size, Where where = Where::Here());
-[[nodiscard]] void* ResizeForEngine(void* block, size_t size, Where where = Where::Here());
-void ReleaseForEngine(void* block);
-
 struct LedgerTotals {
   size_t blocks;
   size_t bytes;
@@ -51,6 +45,13 @@ struct Releaser {
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Releaser>;
+
+// Releases and empties a field.
+template <typename T>
+void Drop(T*& field) {
+  Release(field);
+  field = nullptr;
+}
 
 // Null on failure. Trivial types only: zero bytes are their initial value and nothing is to be destroyed.
 template <typename T>

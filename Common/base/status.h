@@ -9,7 +9,9 @@ namespace qv {
 enum class [[nodiscard]] Status : int32_t{
     kSuccess = SUCCESS,
     kFailure = ERR_FAILURE,
+    kNothingDone = FAILURE,
     kNoMemory = ERR_NO_MEMORY,
+    kFileRead = ERR_FILE_READ,
     kProfileName = ERR_PROFILE_NAME,
     kInvalidParameter = ERR_INV_PARAMETER,
     kIccTagNotFound = ERR_ICC_TAG_NOT_FOUND,

@@ -1,28 +1,10 @@
 // Exported: the conversion of pixel buffers.
-#include <cstring>
-
 #include "base/boundary.h"
 #include "base/readable.h"
 #include "qvclr/library.h"
 #include "qvclr/route.h"
 
 using namespace qv;
-
-namespace {
-
-// The spaces that a readable record names. It need not be a converter, nor aligned as one.
-struct NamedSpaces {
-  const Space *source, *target;
-
-  explicit NamedSpaces(const ColorConverter* record) {
-    uint32_t head[3];  // marker, source, destination
-    std::memcpy(head, record, sizeof head);
-    source = FindSpace(head[1]);
-    target = FindSpace(head[2]);
-  }
-};
-
-}  // namespace
 
 extern "C" int32_t Q_ClrConvert(ColorConverter* hConverter, const void* pSrc, void* pDst, int32_t width, int32_t height,
                                 int32_t nInAlign, int32_t nOutAlign) {

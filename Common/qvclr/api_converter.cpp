@@ -3,11 +3,25 @@
 
 #include "base/boundary.h"
 #include "base/readable.h"
+#include "qvclr/change.h"
 #include "qvclr/create.h"
 #include "qvclr/library.h"
 #include "qvclr/params.h"
 
 using namespace qv;
+
+namespace {
+
+// Of a readable record, which need not be aligned.
+ConversionParams Widened(const ConversionParamsA* record) {
+  ConversionParamsA narrow;
+  std::memcpy(&narrow, record, sizeof narrow);
+  ConversionParams wide;
+  WidenParams(narrow, &wide);
+  return wide;
+}
+
+}  // namespace
 
 extern "C" int32_t Q_ClrInit(ColorConverter** phConverter, uint32_t nSrcSpace, uint32_t nDstSpace,
                              const ConversionParams* pParams) {
@@ -31,11 +45,29 @@ extern "C" int32_t Q_ClrInitA(ColorConverter** phConverter, uint32_t nSrcSpace, 
   return AtBoundary(kNoMemory, [&]() -> Status {
     if (!phConverter) return kInvalidParameter;
     if (!IsReadable(pParams, sizeof *pParams)) return kBadPointer;
-    ConversionParamsA narrow;
-    std::memcpy(&narrow, pParams, sizeof narrow);
-    ConversionParams wide;
-    WidenParams(narrow, &wide);
+    const ConversionParams wide = Widened(pParams);
     return static_cast<Status>(Q_ClrInit(phConverter, nSrcSpace, nDstSpace, &wide));
+  });
+}
+
+extern "C" int32_t Q_ClrSetConversionParams(ColorConverter* hConverter, const ConversionParams* pParams) {
+  return AtBoundary(kNoMemory, [&]() -> Status {
+    if (!hConverter || !pParams) return kInvalidParameter;
+    if (!IsReadable(pParams, sizeof *pParams)) return kBadPointer;
+    if (!IsReadable(hConverter, sizeof *hConverter)) return kBadPointer;
+    if (const Status status = CheckLive(hConverter); !Ok(status)) return status;
+    ConversionParams params;
+    std::memcpy(&params, pParams, sizeof params);
+    return ChangeConverter(params, hConverter);
+  });
+}
+
+extern "C" int32_t Q_ClrSetConversionParamsA(ColorConverter* hConverter, const ConversionParamsA* pParams) {
+  return AtBoundary(kNoMemory, [&]() -> Status {
+    if (!hConverter || !pParams) return kInvalidParameter;
+    if (!IsReadable(pParams, sizeof *pParams)) return kBadPointer;
+    const ConversionParams wide = Widened(pParams);
+    return static_cast<Status>(Q_ClrSetConversionParams(hConverter, &wide));
   });
 }
 

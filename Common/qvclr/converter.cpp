@@ -5,24 +5,22 @@
 namespace qv {
 namespace {
 
-// Releases and empties a field.
-template <typename T>
-void Drop(T*& field) {
-  Release(field);
-  field = nullptr;
-}
-
 void DropTransform(IccTransform*& transform) {
   IccTransform::Delete(transform);
   transform = nullptr;
 }
+
+}  // namespace
 
 void DropMemoryProfile(IccMemoryProfile*& profile) {
   if (profile) Release(const_cast<void*>(profile->pBytes));
   Drop(profile);
 }
 
-}  // namespace
+void DropYuvRecord(YuvRecord*& record) {
+  if (record) Release(const_cast<uint8_t*>(record->params.pLumaTable));
+  Drop(record);
+}
 
 void ConverterList::Append(Node* node) {
   node->next = nullptr;
@@ -44,8 +42,7 @@ ConverterList::Node* ConverterList::Find(const ColorConverter* converter) const 
 
 bool ReleaseByMask(ColorConverter* converter) {
   Drop(converter->cmyk_params);
-  if (converter->yuv) Release(const_cast<uint8_t*>(converter->yuv->params.pLumaTable));
-  Drop(converter->yuv);
+  DropYuvRecord(converter->yuv);
   Drop(converter->lab_to_rgb);
   Drop(converter->rgb_to_lab);
   Drop(converter->source11_tables);

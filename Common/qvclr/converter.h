@@ -76,6 +76,10 @@ class ConverterList {
   Node* tail_ = nullptr;
 };
 
+// Release a field with the bytes that it points to, and empty it.
+void DropMemoryProfile(IccMemoryProfile*& profile);
+void DropYuvRecord(YuvRecord*& record);
+
 // Releases what the converter owns, then the converter; the record may be partly filled.
 struct ConverterReleaser {
   void operator()(ColorConverter* converter) const;

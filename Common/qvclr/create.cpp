@@ -1,9 +1,13 @@
 #include "qvclr/create.h"
 
-#include "qvclr/icc_transform.h"
+#include <algorithm>
+
+#include "base/files.h"
+#include "qvclr/icc_methods.h"
 #include "qvclr/library.h"
 #include "qvclr/params.h"
 #include "qvclr/spaces.h"
+#include "qvclr/tables.h"
 
 namespace qv {
 namespace {
@@ -12,32 +16,33 @@ uint32_t RouteOf(uint32_t src_space, uint32_t dst_space) {
   return src_space == dst_space || IsRgb(src_space) || IsRgb(dst_space) ? kRouteDirect : kRouteTwoSteps;
 }
 
-// CS_CMYK_PROFILE is carried to and from the engine as CMYK.
-const Space* IccSpace(uint32_t id) {
-  const Space* space = FindSpace(id == CS_CMYK_PROFILE ? uint32_t{CS_CMYK} : id);
-  return space && space->icc_format != 0 ? space : nullptr;
+Status PrepareCustomTable(const ConversionParams& params, const EmulationTable& kind, ColorConverter* converter) {
+  if (!NamesExistingFile(params.sEmulationTableName)) return kProfileName;
+  std::ranges::copy(params.sEmulationTableName, converter->table_name);
+  auto table = NewArray<uint8_t>(kind.bytes);
+  if (!table) return kNoMemory;
+  const Status status = ReadTable(converter->table_name, kind.bytes, &table);
+  converter->custom_table = table.release();
+  return static_cast<int32_t>(status) > SUCCESS ? kFileRead : status;
 }
 
-Status PrepareBuiltInIcc(uint32_t src_space, uint32_t dst_space, ColorConverter* converter) {
-  IccSide in{IccSpace(src_space), {}}, out{IccSpace(dst_space), {}};
-  if (!in.space || !out.space) return kUnsupportedColorSpace;
-  converter->icc_in_format = in.space->icc_format;
-  converter->icc_out_format = out.space->icc_format;
-  for (IccSide* side : {&in, &out}) {
-    if (const Status status = FindBuiltInProfile(*side->space, &side->profile); !Ok(status)) return status;
-  }
-  return IccTransform::Make(in, out, *converter->white_point, &converter->built_in_icc);
-}
-
-Status PrepareMethods(uint32_t src_space, uint32_t dst_space, ColorConverter* converter) {
+Status PrepareMethods(const ConversionParams& params, ColorConverter* converter) {
   const uint32_t mask = converter->method_mask;
-  if (mask & (METHOD_CUSTOM_ICC | METHOD_TABLE | METHOD_CUSTOM_TABLE)) return kUnsupportedMethod;
   if (converter->route == kRouteTwoSteps) {
-    converter->icc_in_format = src_space;
-    converter->icc_out_format = dst_space;
-    return kSuccess;
+    converter->icc_in_format = converter->src_space;
+    converter->icc_out_format = converter->dst_space;
+  } else {
+    if (mask & METHOD_ICC) {
+      if (const Status status = MakeBuiltInIcc(converter); !Ok(status)) return status;
+    }
+    if (mask & METHOD_CUSTOM_ICC) {
+      if (const Status status = TakeProfiles(params, converter); !Ok(status)) return status;
+      if (const Status status = MakeCustomIcc(converter); !Ok(status)) return status;
+    }
   }
-  return mask & METHOD_ICC ? PrepareBuiltInIcc(src_space, dst_space, converter) : kSuccess;
+  const EmulationTable* table = TableFor(converter->src_space, converter->dst_space);
+  if (table && (mask & METHOD_TABLE)) converter->built_in_table = FindBuiltInTable(*table);
+  return table && (mask & METHOD_CUSTOM_TABLE) ? PrepareCustomTable(params, *table, converter) : kSuccess;
 }
 
 // `params` is the library's copy: the automatic choice is made in it.
@@ -51,7 +56,7 @@ Status Configure(uint32_t src_space, uint32_t dst_space, ConversionParams params
   if ((params.nActiveMethod & params.nMethodMask) == 0) return kUnsupportedMethod;
   converter->active_method = params.nActiveMethod;
   converter->method_mask = params.nMethodMask;
-  if (const Status status = PrepareMethods(src_space, dst_space, converter); !Ok(status)) return status;
+  if (const Status status = PrepareMethods(params, converter); !Ok(status)) return status;
   return CopySubRecords(params, src_space, dst_space, converter);
 }
 

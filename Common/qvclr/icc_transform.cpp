@@ -11,56 +11,64 @@ namespace qv {
 namespace {
 
 // Null unless the profile is of the colour space of its side's pixels.
-EngineProfile OpenProfile(cmsContext context, const IccSide& side) {
-  if (side.profile.empty() || side.profile.size() > UINT32_MAX) return nullptr;
-  EngineProfile profile(
-      cmsOpenProfileFromMemTHR(context, side.profile.data(), static_cast<cmsUInt32Number>(side.profile.size())));
+cmsHPROFILE OpenProfile(cmsContext context, const IccSide& side) {
+  if (side.profile.empty() || side.profile.size() > kLargestEngineBlock) return nullptr;
+  cmsHPROFILE profile =
+      cmsOpenProfileFromMemTHR(context, side.profile.data(), static_cast<cmsUInt32Number>(side.profile.size()));
   if (!profile) return nullptr;
-  const int of_profile = _cmsLCMScolorSpace(cmsGetColorSpace(profile.get()));
-  return of_profile == static_cast<int>(T_COLORSPACE(side.space->icc_format)) ? std::move(profile) : nullptr;
+  const int of_profile = _cmsLCMScolorSpace(cmsGetColorSpace(profile));
+  return of_profile == static_cast<int>(T_COLORSPACE(side.space->icc_format)) ? profile : nullptr;
 }
 
-cmsHTRANSFORM Link(cmsContext context, const IccSide& in, const EngineProfile& in_profile, const IccSide& out,
-                   const EngineProfile& out_profile, const EngineProfile& white) {
+cmsHTRANSFORM Link(cmsContext context, const IccSide& in, cmsHPROFILE in_profile, const IccSide& out,
+                   cmsHPROFILE out_profile, cmsHPROFILE white) {
   if (!white) {
-    return cmsCreateTransformTHR(context, in_profile.get(), in.space->icc_format, out_profile.get(),
-                                 out.space->icc_format, INTENT_PERCEPTUAL, 0);
+    return cmsCreateTransformTHR(context, in_profile, in.space->icc_format, out_profile, out.space->icc_format,
+                                 INTENT_PERCEPTUAL, 0);
   }
   // The engine would pin the source's white to the destination's; here they are meant to differ.
-  cmsHPROFILE chain[] = {in_profile.get(), white.get(), out_profile.get()};
+  cmsHPROFILE chain[] = {in_profile, white, out_profile};
   return cmsCreateMultiprofileTransformTHR(context, chain, 3, in.space->icc_format, out.space->icc_format,
                                            INTENT_PERCEPTUAL, cmsFLAGS_NOWHITEONWHITEFIXUP);
+}
+
+// Leaves to the engine what it holds when it fails.
+Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out,
+                    const std::optional<cmsCIEXYZ>& white_point, void** transform) {
+  cmsHPROFILE in_profile = OpenProfile(context, in);
+  cmsHPROFILE out_profile = OpenProfile(context, out);
+  if (!in_profile || !out_profile) return kProfileOpen;
+  cmsHPROFILE white = nullptr;
+  if (white_point) {
+    const auto direction = IsRgb(*in.space) ? WhiteDirection::kToWhite : WhiteDirection::kFromWhite;
+    white = MakeWhitePointProfile(context, *white_point, direction);
+  }
+  *transform = Link(context, in, in_profile, out, out_profile, white);
+  for (cmsHPROFILE profile : {in_profile, out_profile, white}) cmsCloseProfile(profile);
+  return *transform ? kSuccess : kProfileOpen;
 }
 
 }  // namespace
 
 Status IccTransform::Make(const IccSide& in, const IccSide& out, const WhitePointParams& white, IccTransform** made) {
-  auto result = New<IccTransform>();
-  EngineContext context = MakeEngineContext();
-  if (!result || !context) return kNoMemory;
-  const EngineProfile in_profile = OpenProfile(context.get(), in);
-  const EngineProfile out_profile = OpenProfile(context.get(), out);
-  if (!in_profile || !out_profile) return kProfileOpen;
-
-  EngineProfile white_profile;
-  if (!IsRgb(*in.space) || !IsRgb(*out.space)) {
-    std::optional<cmsCIEXYZ> xyz;
-    if (const Status status = WhiteOf(white, &xyz); !Ok(status)) return status;
-    const auto direction = IsRgb(*in.space) ? WhiteDirection::kToWhite : WhiteDirection::kFromWhite;
-    if (xyz) white_profile = MakeWhitePointProfile(context.get(), *xyz, direction);
-    if (xyz && !white_profile) return kNoMemory;
+  std::optional<cmsCIEXYZ> white_point;
+  if (IsRgb(*in.space) != IsRgb(*out.space)) {
+    if (const Status status = WhiteOf(white, &white_point); !Ok(status)) return status;
   }
-  result->transform_ = Link(context.get(), in, in_profile, out, out_profile, white_profile);
-  if (!result->transform_) return kProfileOpen;
-  result->context_ = context.release();
+  auto result = New<IccTransform>();
+  EngineOwner engine(Engine::Open());
+  if (!result || !engine) return kNoMemory;
+  const Status status =
+      Engine::Enter([&] { return MakeInEngine(engine->context(), in, out, white_point, &result->transform_); });
+  if (!Ok(status)) return status;
+  result->engine_ = engine.release();
   *made = result.release();
   return kSuccess;
 }
 
 void IccTransform::Delete(IccTransform* transform) {
   if (!transform) return;
-  cmsDeleteTransform(transform->transform_);
-  cmsDeleteContext(static_cast<cmsContext>(transform->context_));
+  Engine::Close(transform->engine_);
   Release(transform);
 }
 

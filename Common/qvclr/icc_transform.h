@@ -8,6 +8,7 @@
 
 namespace qv {
 
+class Engine;
 struct Space;
 
 // One side of a transform: a pixel format of the engine and the bytes of a profile of its colour space.
@@ -18,7 +19,8 @@ struct IccSide {
 
 class IccTransform {
  public:
-  // Perceptual intent. The white point counts for the side that is not RGB; between two RGB sides there is none.
+  // Perceptual intent. The white point is that of the side that is not RGB; between two RGB sides there is none, and
+  // between two others it would come and go.
   // kProfileOpen: a profile that cannot be opened or whose colour space is not its side's; kInvalidParameter: a custom
   // white point that is no chromaticity; kNoMemory.
   static Status Make(const IccSide& in, const IccSide& out, const WhitePointParams& white, IccTransform** made);
@@ -28,7 +30,7 @@ class IccTransform {
   void Run(const uint8_t* src, uint8_t* dst, size_t pixels) const;
 
  private:
-  void* context_;  // an engine instance of its own: it goes with the transform, and nothing is shared
+  Engine* engine_;  // an instance of its own, with which the transform goes
   void* transform_;
 };
 

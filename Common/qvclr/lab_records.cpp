@@ -15,13 +15,15 @@ constexpr std::array<double, 9> kXyzFromRgb = {0.4124529957771301,  0.3575800061
                                                0.21267099678516388, 0.7151600122451782,  0.0721689984202385,
                                                0.01933399960398674, 0.11919300258159637, 0.9502270221710205};
 
+constexpr int32_t kLRange = 100, kARange = 170, kBRange = 200;  // the defaults
+
 constexpr int32_t RangeOr(int32_t range, int32_t by_default) { return range > 0 ? range : by_default; }
 
 LabConstants Constants(const LabParams& params, const std::array<double, 9>& matrix) {
   return {kWhite,          matrix,
-          params.nLOffset, RangeOr(params.nLRange, 100),
-          params.nAOffset, RangeOr(params.nARange, 170),
-          params.nBOffset, RangeOr(params.nBRange, 200)};
+          params.nLOffset, RangeOr(params.nLRange, kLRange),
+          params.nAOffset, RangeOr(params.nARange, kARange),
+          params.nBOffset, RangeOr(params.nBRange, kBRange)};
 }
 
 }  // namespace
@@ -31,6 +33,28 @@ double LabCurve(double t) { return t > kLinearBelow ? CubeRoot(t) : kSlope * t +
 double InverseLabCurve(double f) {
   const double cube = f * f * f;
   return cube > kLinearBelow ? cube : (f - kIntercept) / kSlope;
+}
+
+LabConstants ChangedLabToRgbConstants() {
+  return {{96.421, 99.997, 82.524},
+          {2.830880641937256, -1.0300474166870117, -0.5604600310325623, -1.5802161693572998, 2.7214279174804688,
+           0.026361215859651566, 0.2055138498544693, -0.5249314904212952, 1.7662780284881592},
+          0,
+          kLRange,
+          128,
+          kARange,
+          96,
+          kBRange};
+}
+
+void ChangeLabCoding(const LabParams& change, LabConstants* constants) {
+  const uint32_t flags = change.nFlags;
+  if (flags & 1) constants->l_offset = change.nLOffset;
+  if (flags & 2) constants->l_range = RangeOr(change.nLRange, kLRange);
+  if (flags & 4) constants->a_offset = change.nAOffset;
+  if (flags & 8) constants->a_range = RangeOr(change.nARange, kARange);
+  if (flags & 16) constants->b_offset = change.nBOffset;
+  if (flags & 32) constants->b_range = RangeOr(change.nBRange, kBRange);
 }
 
 LabConstants LabToRgbConstants(const LabParams& params) { return Constants(params, kRgbFromXyz); }

@@ -39,6 +39,11 @@ double InverseLabCurve(double f);
 LabConstants LabToRgbConstants(const LabParams& params);
 LabConstants RgbToLabConstants(const LabParams& params);
 
+// What a change of a converter without a record starts from: another white and its own matrix, single-precision values.
+LabConstants ChangedLabToRgbConstants();
+// Takes over the values that the flags of `change` select.
+void ChangeLabCoding(const LabParams& change, LabConstants* constants);
+
 // The least linear value that becomes the byte (1..255); `gamma` is in hundredths.
 double BeginOfByte(size_t byte, uint32_t gamma);
 

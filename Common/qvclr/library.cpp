@@ -1,5 +1,7 @@
 #include "qvclr/library.h"
 
+#include <cstring>
+
 #include "base/module.h"
 
 namespace qv {
@@ -34,6 +36,13 @@ void DetachLibrary() {
     ReleaseAll(library.leftovers);
   }
   library.section.Close();
+}
+
+NamedSpaces::NamedSpaces(const ColorConverter* record) {
+  uint32_t head[3];  // marker, source, destination
+  std::memcpy(head, record, sizeof head);
+  source = FindSpace(head[1]);
+  target = FindSpace(head[2]);
 }
 
 void AddConverter(ConverterOwner converter, Owned<ConverterList::Node> node) {

@@ -5,6 +5,7 @@
 
 #include "base/section.h"
 #include "qvclr/converter.h"
+#include "qvclr/spaces.h"
 
 namespace qv {
 
@@ -21,6 +22,12 @@ Library& TheLibrary();
 // Called when a process loads and unloads the library.
 void AttachLibrary();
 void DetachLibrary();
+
+// The spaces that a readable record names, null for unknown ones. It need not be a converter, nor aligned as one.
+struct NamedSpaces {
+  const Space *source, *target;
+  explicit NamedSpaces(const ColorConverter* record);
+};
 
 // Each takes the section. `Add` takes both over.
 void AddConverter(ConverterOwner converter, Owned<ConverterList::Node> node);

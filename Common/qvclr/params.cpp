@@ -20,21 +20,18 @@ Status CopyWhitePoint(const WhitePointParams* from, Owned<WhitePointParams>* cop
   return kSuccess;
 }
 
-namespace {
-
-template <typename Record>
-Status CopySubRecord(const Record* from, Record** field) {
-  Record record;
-  if (const Status status = ReadSubRecord(from, &record); !Ok(status)) return status;
-  auto copy = New<Record>();
+Status CopyCmykParams(const CmykParams* from, ColorConverter* converter) {
+  CmykParams params;
+  if (const Status status = ReadSubRecord(from, &params); !Ok(status)) return status;
+  auto copy = New<CmykParams>();
   if (!copy) return kNoMemory;
-  *copy = record;
-  *field = copy.release();
+  *copy = params;
+  converter->cmyk_params = copy.release();
   return kSuccess;
 }
 
 // The caller's luma table may go away: the copy has its own. A count without a pointer is no table.
-Status CopyYuvRecord(const Space1Params* from, ColorConverter* converter) {
+Status CopyYuvParams(const Space1Params* from, ColorConverter* converter) {
   Space1Params params;
   if (const Status status = ReadSubRecord(from, &params); !Ok(status)) return status;
   if (!params.pLumaTable) params.nLumaTableBytes = 0;
@@ -45,10 +42,49 @@ Status CopyYuvRecord(const Space1Params* from, ColorConverter* converter) {
   if (params.pLumaTable) std::memcpy(luma.get(), params.pLumaTable, params.nLumaTableBytes);
   params.pLumaTable = luma.release();
   record->params = params;
-  record->settings = MakeYuvSettings(params);
+  record->luma_bytes = params.nLumaTableBytes;
+  record->MakeSettings();
   converter->yuv = record.release();
   return kSuccess;
 }
+
+Status ChangeYuvParams(const Space1Params* from, YuvRecord* record) {
+  enum Flag : uint32_t {
+    kUSpan = 1,
+    kUOffset = 2,
+    kVSpan = 4,
+    kVOffset = 8,
+    kLuma = 16,
+    kLumaBytes = 32,
+    kLumaSpan = 64
+  };
+  Space1Params change;
+  if (const Status status = ReadSubRecord(from, &change); !Ok(status)) return status;
+  Space1Params& params = record->params;
+  if (change.nFlags & kLuma) {
+    const uint32_t bytes = change.nLumaTableBytes;
+    if (!IsReadable(change.pLumaTable, bytes)) return kBadPointer;
+    if (bytes > record->luma_bytes) {
+      auto grown = NewArray<uint8_t>(bytes);
+      if (!grown) return kNoMemory;
+      if (params.pLumaTable) std::memcpy(grown.get(), params.pLumaTable, record->luma_bytes);
+      Release(const_cast<uint8_t*>(params.pLumaTable));
+      params.pLumaTable = grown.release();
+      record->luma_bytes = bytes;
+    }
+    if (bytes != 0) std::memcpy(const_cast<uint8_t*>(params.pLumaTable), change.pLumaTable, bytes);
+  }
+  if (change.nFlags & kUSpan) params.nUSpan = change.nUSpan;
+  if (change.nFlags & kUOffset) params.nUOffset = change.nUOffset;
+  if (change.nFlags & kVSpan) params.nVSpan = change.nVSpan;
+  if (change.nFlags & kVOffset) params.nVOffset = change.nVOffset;
+  if (change.nFlags & kLumaBytes) params.nLumaTableBytes = change.nLumaTableBytes;
+  if (change.nFlags & kLumaSpan) params.nLumaSpan = change.nLumaSpan;
+  record->MakeSettings();
+  return kSuccess;
+}
+
+namespace {
 
 Status MakeLabRecords(const LabParams* from, ColorConverter* converter) {
   LabParams params;
@@ -70,10 +106,10 @@ Status MakeLabRecords(const LabParams* from, ColorConverter* converter) {
 Status CopySubRecords(const ConversionParams& params, uint32_t src_space, uint32_t dst_space,
                       ColorConverter* converter) {
   if (EitherIs(CS_CMYK, src_space, dst_space) && params.pCmykParams) {
-    if (const Status status = CopySubRecord(params.pCmykParams, &converter->cmyk_params); !Ok(status)) return status;
+    if (const Status status = CopyCmykParams(params.pCmykParams, converter); !Ok(status)) return status;
   }
   if (EitherIs(CS_YUV, src_space, dst_space) && params.pSpace1Params) {
-    if (const Status status = CopyYuvRecord(params.pSpace1Params, converter); !Ok(status)) return status;
+    if (const Status status = CopyYuvParams(params.pSpace1Params, converter); !Ok(status)) return status;
   }
   if (EitherIs(CS_LAB, src_space, dst_space) && params.pLabParams) return MakeLabRecords(params.pLabParams, converter);
   return kSuccess;

@@ -32,6 +32,13 @@ Status CopyWhitePoint(const WhitePointParams* from, Owned<WhitePointParams>* cop
 Status CopySubRecords(const ConversionParams& params, uint32_t src_space, uint32_t dst_space,
                       ColorConverter* converter);
 
+// The copies of single sub-records, which the converter must not hold yet.
+Status CopyCmykParams(const CmykParams* from, ColorConverter* converter);
+Status CopyYuvParams(const Space1Params* from, ColorConverter* converter);
+
+// Takes over what the flags of `from` select. The luma table is copied into the record's own, which grows as needed.
+Status ChangeYuvParams(const Space1Params* from, YuvRecord* record);
+
 // Replaces METHOD_AUTOMATIC in both fields by the method for the pair, or leaves it where no rule matches. Only the
 // source is looked at for CS_CMYK_PROFILE: intended.
 void ChooseMethod(uint32_t src_space, uint32_t dst_space, ConversionParams* params);

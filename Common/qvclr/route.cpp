@@ -3,8 +3,11 @@
 #include <cstring>
 
 #include "base/readable.h"
+#include "base/sizes.h"
 #include "qvclr/icc_transform.h"
 #include "qvclr/kernel.h"
+#include "qvclr/params.h"
+#include "qvclr/tables.h"
 
 namespace qv {
 namespace {
@@ -18,19 +21,6 @@ Status CopyByConverter(const Frame& in, const uint8_t* src, const Frame& out, ui
     return kSuccess;
   }
   return CopyLines({src, line, in.Padding(), rows}, {dst, line, out.Padding(), rows});
-}
-
-Status ConvertByIcc(const IccTransform* transform, const Frame& in, const uint8_t* src, const Frame& out,
-                    uint8_t* dst) {
-  if (!transform) return kUnsupportedMethod;
-  if (in.space->id == CS_CMYK_PROFILE || out.space->id == CS_CMYK_PROFILE) return kUnsupportedColorSpace;
-  const TargetLines target = LinesOf(out, dst);
-  SafeInput input;
-  if (const Status status = input.Prepare(LinesOf(in, src), target); !Ok(status)) return status;
-  for (size_t y = 0; y < target.count; ++y) {
-    transform->Run(input.lines().Line(y), target.Line(y), static_cast<size_t>(in.width));
-  }
-  return kSuccess;
 }
 
 // One kernel; one of the sides is RGB or BGR.
@@ -61,6 +51,57 @@ RowArgs ArgsOf(const ColorConverter& converter) {
   return args;
 }
 
+// A line of CS_CMYK_PROFILE passes through one of CMYK on its side of the engine.
+Status ConvertByIcc(const ColorConverter& converter, const IccTransform* transform, const Frame& in, const uint8_t* src,
+                    const Frame& out, uint8_t* dst) {
+  if (!transform) return kUnsupportedMethod;
+  const bool decodes = in.space->id == CS_CMYK_PROFILE, encodes = out.space->id == CS_CMYK_PROFILE;
+  const YCbCrTables& tables = converter.source11_tables ? *converter.source11_tables : SharedYCbCrTables();
+  const auto width = static_cast<size_t>(in.width);
+  Owned<uint8_t[]> cmyk;
+  if (decodes || encodes) cmyk = NewArray<uint8_t>(Product(4, width));
+  if ((decodes || encodes) && !cmyk) return kNoMemory;
+  const TargetLines target = LinesOf(out, dst);
+  SafeInput input;
+  if (const Status status = input.Prepare(LinesOf(in, src), target); !Ok(status)) return status;
+  for (size_t y = 0; y < target.count; ++y) {
+    const uint8_t* from = input.lines().Line(y);
+    uint8_t* to = target.Line(y);
+    if (decodes) CmykFromProfilePixels(from, cmyk.get(), width, tables);
+    transform->Run(decodes ? cmyk.get() : from, encodes ? cmyk.get() : to, width);
+    if (encodes) ProfilePixelsFromCmyk(cmyk.get(), to, width, tables);
+  }
+  return kSuccess;
+}
+
+Status ConvertByTable(const ColorConverter& converter, const uint8_t* table, const Frame& in, const uint8_t* src,
+                      const Frame& out, uint8_t* dst) {
+  if (const EmulationTable* kind = TableFor(in.space->id, out.space->id)) {
+    if (!table) return kUnsupportedMethod;
+    RowArgs args;
+    args.table = table;
+    args.rgb_first = in.space->id == CS_RGB || out.space->id == CS_RGB;
+    return RunKernel(*kind->kernel, in, src, out, dst, args);
+  }
+  const bool by_formula = IsRgb(*in.space) && out.space->id == CS_CMYK;
+  return by_formula ? ConvertByKernel(in, src, out, dst, ArgsOf(converter)) : kSuccess;  // else nothing: intended
+}
+
+// The methods that CS_CMYK_PROFILE does not know do nothing, each with a result of its own: intended.
+Status ConvertByActiveMethod(const ColorConverter& converter, const Frame& in, const uint8_t* src, const Frame& out,
+                             uint8_t* dst) {
+  switch (converter.active_method) {
+    case METHOD_FORMULA: return ConvertByKernel(in, src, out, dst, ArgsOf(converter));
+    case METHOD_ICC: return ConvertByIcc(converter, converter.built_in_icc, in, src, out, dst);
+    case METHOD_CUSTOM_ICC:
+      if (EitherIs(CS_CMYK_PROFILE, in.space->id, out.space->id)) return kNothingDone;
+      return ConvertByIcc(converter, converter.custom_icc, in, src, out, dst);
+    case METHOD_TABLE: return ConvertByTable(converter, converter.built_in_table, in, src, out, dst);
+    case METHOD_CUSTOM_TABLE: return ConvertByTable(converter, converter.custom_table, in, src, out, dst);
+    default: return kUnsupportedMethod;
+  }
+}
+
 }  // namespace
 
 Status ConvertDirect(const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst) {
@@ -81,12 +122,7 @@ Status ConvertByConverter(const ColorConverter& converter, const Frame& in, cons
     static_cast<void>(ConvertDirect(in, src, out, dst));  // its result is not told: intended
     return kSuccess;
   }
-  switch (converter.active_method) {
-    case METHOD_FORMULA: return ConvertByKernel(in, src, out, dst, ArgsOf(converter));
-    case METHOD_ICC: return ConvertByIcc(converter.built_in_icc, in, src, out, dst);
-    case METHOD_CUSTOM_ICC: return ConvertByIcc(converter.custom_icc, in, src, out, dst);
-    default: return kUnsupportedMethod;
-  }
+  return ConvertByActiveMethod(converter, in, src, out, dst);
 }
 
 }  // namespace qv

@@ -33,24 +33,23 @@ Status WhiteOf(const WhitePointParams& params, std::optional<cmsCIEXYZ>* white) 
   return CanRescale((*white)->X) && CanRescale((*white)->Z) ? kSuccess : kInvalidParameter;
 }
 
-EngineProfile MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction) {
+cmsHPROFILE MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction) {
   const cmsCIEXYZ& d50 = *cmsD50_XYZ();
   const bool to_white = direction == WhiteDirection::kToWhite;
   const auto scale = [&](double of_d50, double of_white) { return to_white ? of_d50 / of_white : of_white / of_d50; };
   const double matrix[9] = {scale(d50.X, white.X), 0, 0, 0, 1, 0, 0, 0, scale(d50.Z, white.Z)};
 
-  EngineProfile profile(cmsCreateProfilePlaceholder(context));
-  EnginePipeline pipeline(cmsPipelineAlloc(context, 3, 3));
-  if (!profile || !pipeline) return nullptr;
+  cmsHPROFILE profile = cmsCreateProfilePlaceholder(context);
   // Version 2: a perceptual transform through it must not ask for black-point compensation.
-  cmsSetProfileVersion(profile.get(), 2.4);
-  cmsSetDeviceClass(profile.get(), cmsSigAbstractClass);
-  cmsSetColorSpace(profile.get(), cmsSigXYZData);
-  cmsSetPCS(profile.get(), cmsSigXYZData);
-  const bool complete =
-      cmsPipelineInsertStage(pipeline.get(), cmsAT_END, cmsStageAllocMatrix(context, 3, 3, matrix, nullptr)) &&
-      cmsWriteTag(profile.get(), cmsSigAToB0Tag, pipeline.get());
-  return complete ? std::move(profile) : nullptr;
+  cmsSetProfileVersion(profile, 2.4);
+  cmsSetDeviceClass(profile, cmsSigAbstractClass);
+  cmsSetColorSpace(profile, cmsSigXYZData);
+  cmsSetPCS(profile, cmsSigXYZData);
+  cmsPipeline* pipeline = cmsPipelineAlloc(context, 3, 3);
+  cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocMatrix(context, 3, 3, matrix, nullptr));
+  cmsWriteTag(profile, cmsSigAToB0Tag, pipeline);
+  cmsPipelineFree(pipeline);
+  return profile;
 }
 
 }  // namespace qv

@@ -1,10 +1,11 @@
 // Reference whites of the profile connection space, and their abstract profile.
 #pragma once
 
+#include <lcms2.h>
+
 #include <optional>
 
 #include "base/status.h"
-#include "qvclr/icc_engine.h"
 
 namespace qv {
 
@@ -13,8 +14,8 @@ namespace qv {
 Status WhiteOf(const WhitePointParams& params, std::optional<cmsCIEXYZ>* white);
 
 // A profile that rescales XYZ relative to D50 by D50 / white, component by component, as CIELAB normalises; or, the
-// other way, by white / D50. Null without memory.
+// other way, by white / D50. Within Engine::Enter.
 enum class WhiteDirection : uint8_t { kToWhite, kFromWhite };
-EngineProfile MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction);
+cmsHPROFILE MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction);
 
 }  // namespace qv

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace qv {
@@ -51,5 +52,9 @@ constexpr void BuildYCbCrTables(YCbCrTables& tables) {
 
 // Serves without a converter.
 const YCbCrTables& SharedYCbCrTables();
+
+// Pixels of CS_CMYK_PROFILE to packed CMYK, and back.
+void CmykFromProfilePixels(const uint8_t* src, uint8_t* cmyk, size_t pixels, const YCbCrTables& tables);
+void ProfilePixelsFromCmyk(const uint8_t* cmyk, uint8_t* dst, size_t pixels, const YCbCrTables& tables);
 
 }  // namespace qv

@@ -1,6 +1,7 @@
 // The settings of CS_YUV in the form that its kernels use.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -43,7 +44,14 @@ constexpr YuvSettings MakeYuvSettings(const Space1Params& params) {
 // The converter's copy: the caller's record, whose luma table it owns, and what is made of it.
 struct YuvRecord {
   Space1Params params;
+  uint32_t luma_bytes;  // in the table; the record's own count may be changed without it
   YuvSettings settings;
+
+  void MakeSettings() {
+    Space1Params usable = params;
+    usable.nLumaTableBytes = std::min(params.nLumaTableBytes, luma_bytes);
+    settings = MakeYuvSettings(usable);
+  }
 };
 
 }  // namespace qv

@@ -136,13 +136,11 @@ TEST(Creation, AutomaticChoice) {
   EXPECT_GT(ink[3], 128);
 }
 
-TEST(Creation, UnpreparedMethodsAreRefused) {
+TEST(Creation, MethodsOfTheCallerNeedItsFiles) {
   for (const uint32_t method : {METHOD_CUSTOM_ICC, METHOD_CUSTOM_TABLE}) {
-    EXPECT_EQ(InitStatus(CS_CMYK, CS_RGB, Params(method)), ERR_UNSUPPORTED_METHOD);
+    EXPECT_EQ(InitStatus(CS_CMYK, CS_RGB, Params(method)), ERR_PROFILE_NAME);
   }
-  ConversionParams params = Params(METHOD_TABLE);
-  params.nEmulationTableKind = 8;
-  EXPECT_EQ(InitStatus(CS_CMYK, CS_RGB, params), ERR_UNSUPPORTED_METHOD);
+  EXPECT_EQ(InitStatus(CS_CMY, CS_RGB, Params(METHOD_CUSTOM_TABLE)), SUCCESS) << "a pair without a table";
 }
 
 TEST(Creation, NarrowRecordGivesTheSameConverter) {

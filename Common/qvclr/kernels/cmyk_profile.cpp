@@ -58,6 +58,23 @@ void RGBToCMYKProfilePixel(const uint8_t* src, uint8_t* dst, const RowArgs& args
 
 }  // namespace
 
+void CmykFromProfilePixels(const uint8_t* src, uint8_t* cmyk, size_t pixels, const YCbCrTables& tables) {
+  for (; pixels > 0; --pixels, src += 4, cmyk += 4) {
+    const auto [r, g, b] = RgbFromYCbCr(src, tables);
+    cmyk[0] = static_cast<uint8_t>(255 - r);
+    cmyk[1] = static_cast<uint8_t>(255 - g);
+    cmyk[2] = static_cast<uint8_t>(255 - b);
+    cmyk[3] = src[3];
+  }
+}
+
+void ProfilePixelsFromCmyk(const uint8_t* cmyk, uint8_t* dst, size_t pixels, const YCbCrTables& tables) {
+  for (; pixels > 0; --pixels, cmyk += 4, dst += 4) {
+    YCbCrFromRgb({255 - cmyk[0], 255 - cmyk[1], 255 - cmyk[2]}, tables, dst);
+    dst[3] = cmyk[3];
+  }
+}
+
 const Kernel CMYKProfileToRGB = PixelKernel<CMYKProfileToRGBPixel, 4, 3>("CMYKProfileToRGB");
 const Kernel RGBToCMYKProfile = PixelKernel<RGBToCMYKProfilePixel, 3, 4>("RGBToCMYKProfile");
 

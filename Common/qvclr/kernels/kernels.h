@@ -20,4 +20,7 @@ extern const Kernel RGBToHLS, HLSToRGB;
 extern const Kernel RGBToHSI, HSIToRGB;
 extern const Kernel RGBToCMYKProfile, CMYKProfileToRGB;
 
+// By table (RowArgs::table, never null).
+extern const Kernel EmuCMYKToRGB, EmuRGBToLab, EmuLabToRGB;
+
 }  // namespace qv
