@@ -19,3 +19,6 @@ printf '%s\n' "${linted[@]}" | xargs -P "$(nproc)" -n 4 clang-tidy -p build/linu
 echo "lint: ${#linted[@]} files are clean"
 
 scripts/check_exports.py exports/Qvclr15x.def build/linux-release/libQvclr15x.so build/win64-mingw-release/Qvclr15x.dll
+
+res/make/tables --check
+echo "emulation tables: as the profiles make them"
