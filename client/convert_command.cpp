@@ -17,7 +17,7 @@ namespace {
 constexpr size_t kBandBytes = 1024 * 1024;
 
 struct Options {
-  std::string in, out, from, to, method = "formula", size, white, profile;
+  std::string in, out, from, to, method, size, white, profile, source_profile, dest_profile, table;
   std::optional<int32_t> black;
   bool raw = false, compress = false, quiet = false, time = false;
 };
@@ -75,6 +75,19 @@ void FlipLabCoding(std::vector<uint8_t>& pixels) {
   }
 }
 
+// Files need the one method that reads them, which is also the method where none is named.
+const Method& ChooseMethod(const Options& options) {
+  const bool profiles = !options.source_profile.empty() || !options.dest_profile.empty();
+  const bool table = !options.table.empty();
+  const char* by_files = profiles ? "custom" : table ? "custom-table" : "formula";
+  const Method& method = ParseMethod(options.method.empty() ? by_files : options.method);
+  if (profiles && method.id != METHOD_CUSTOM_ICC) Fail("--src-profile and --dst-profile need --method custom");
+  if (table && method.id != METHOD_CUSTOM_TABLE) Fail("--table needs --method custom-table");
+  if (!profiles && method.id == METHOD_CUSTOM_ICC) Fail("--method custom needs --src-profile or --dst-profile");
+  if (!table && method.id == METHOD_CUSTOM_TABLE) Fail("--method custom-table needs --table");
+  return method;
+}
+
 int32_t LinesPerBand(const Space& from, const Space& to, const ImageInfo& image) {
   if (from.Planar() || to.Planar()) return image.height;  // planes span the whole frame
   const size_t lines = kBandBytes / std::max(LineBytes(from, image.width), LineBytes(to, image.width));
@@ -83,8 +96,8 @@ int32_t LinesPerBand(const Space& from, const Space& to, const ImageInfo& image)
 
 void Convert(const Options& options) {
   const Space& to = ParseSpace(options.to);
-  const Method& method = ParseMethod(options.method);
-  ConverterOptions settings{method, {}, options.black};
+  ConverterOptions settings{ChooseMethod(options), {},           options.black, options.source_profile,
+                            options.dest_profile,  options.table};
   if (!options.white.empty()) settings.white_point = ParseWhitePoint(options.white);
 
   auto source = OpenSource(options);
@@ -94,7 +107,7 @@ void Convert(const Options& options) {
 
   ImageInfo result = image;
   result.space = &to;
-  result.lab = method.by_profiles ? LabCoding::kOffset : LabCoding::kSigned;
+  result.lab = converter.LabHasOffset() ? LabCoding::kOffset : LabCoding::kSigned;
   const bool flip_lab = from.id == CS_LAB && image.lab != LabCoding::kUnknown && image.lab != result.lab;
 
   OutputFile file(options.out);
@@ -133,16 +146,26 @@ void AddConvertCommand(CLI::App& app) {
   command->add_option("OUT", options->out, ".ppm, .tif or .tiff; raw pixels otherwise")->required();
   command->add_option("--to", options->to, "colour space of the output")->required();
   command->add_option("--from", options->from, "colour space of the input (the image's own)");
-  command->add_option("--method", options->method, MethodNames())->capture_default_str();
-  command->add_option("--white", options->white, "white point of method icc: d50, d55, d65, d75, 9300 or x,y (d50)");
-  command->add_option("--black", options->black, "black generation of CMYK by formula, in thousandths (175)");
+  command->add_option("--method", options->method, MethodNames() + " (formula, or what the files below are for)");
+  command->add_option("--white", options->white, "white point of profiles: d50, d55, d65, d75, 9300 or x,y (d50)");
+  const auto add_file = [command](const char* option, std::string& name, const char* what) {
+    command->add_option(option, name, what)->check([](const std::string& text) {
+      return text.empty() ? "a file name is needed" : "";
+    });
+  };
+  add_file("--src-profile", options->source_profile, "ICC profile of the input, for method custom");
+  add_file("--dst-profile", options->dest_profile, "ICC profile of the output, for method custom");
+  add_file("--table", options->table, "TIFF file with the table of method custom-table");
+  command->add_option("--black", options->black, "black generation of CMYK by formula and table, in thousandths (175)");
   command->add_option("--size", options->size, "WIDTHxHEIGHT of raw input");
   command->add_flag("--raw", options->raw, "raw output whatever its name is");
   command->add_flag("--compress", options->compress, "deflate TIFF output");
   command->add_option("--embed", options->profile, "ICC profile to embed in TIFF output");
   command->add_flag("--time", options->time, "print the speed of the conversion alone");
   command->add_flag("--quiet", options->quiet, "no progress line");
-  command->footer("Colour spaces: " + SpaceNames() + "\nor their numbers.");
+  command->footer("Colour spaces: " + SpaceNames() +
+                  "\nor their numbers.\n"
+                  "A pair without rgb or bgr on a side is converted by formula, whatever the method.");
   command->callback([options] { Convert(*options); });
 }
 

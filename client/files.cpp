@@ -2,17 +2,18 @@
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
 #include <fstream>
 
 #include "failure.h"
 
 namespace client {
 
+std::filesystem::path NativePath(const std::string& name) { return std::u8string(name.begin(), name.end()); }
+
 std::vector<uint8_t> ReadFile(const std::string& path) {
   std::error_code error;
-  const uintmax_t bytes = std::filesystem::file_size(path, error);
-  std::ifstream file(path, std::ios::binary);
+  const uintmax_t bytes = std::filesystem::file_size(NativePath(path), error);
+  std::ifstream file(NativePath(path), std::ios::binary);
   if (error || !file) Fail(path, ": cannot be read");
   std::vector<uint8_t> content(bytes);
   if (!file.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(bytes))) {
@@ -22,7 +23,8 @@ std::vector<uint8_t> ReadFile(const std::string& path) {
 }
 
 std::string Extension(const std::string& path) {
-  std::string extension = std::filesystem::path(path).extension().string();
+  const std::u8string own = NativePath(path).extension().u8string();
+  std::string extension(own.begin(), own.end());
   std::ranges::transform(extension, extension.begin(),
                          [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return extension;
@@ -31,18 +33,18 @@ std::string Extension(const std::string& path) {
 OutputFile::OutputFile(const std::string& path) : path_(path), part_path_(path + ".qvclr-part") {
   // A device or a folder must not be replaced by a file.
   std::error_code error;
-  const auto status = std::filesystem::status(path, error);
+  const auto status = std::filesystem::status(NativePath(path), error);
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) Fail(path, ": is no ordinary file");
 }
 
 OutputFile::~OutputFile() {
   std::error_code ignored;
-  if (!part_path_.empty()) std::filesystem::remove(part_path_, ignored);
+  if (!part_path_.empty()) std::filesystem::remove(NativePath(part_path_), ignored);
 }
 
 void OutputFile::Commit() {
   std::error_code error;
-  std::filesystem::rename(part_path_, path_, error);
+  std::filesystem::rename(NativePath(part_path_), NativePath(path_), error);
   if (error) Fail(path_, ": cannot be created: ", error.message());
   part_path_.clear();
 }

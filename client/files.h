@@ -2,10 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 namespace client {
+
+// Names are UTF-8 in the client on every system; this is one as the system takes it.
+std::filesystem::path NativePath(const std::string& name);
 
 std::vector<uint8_t> ReadFile(const std::string& path);
 

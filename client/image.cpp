@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "failure.h"
+#include "files.h"
 
 namespace client {
 
@@ -25,7 +26,7 @@ size_t FrameBytes(const Space& space, int32_t width, int32_t lines) {
 }
 
 std::unique_ptr<ImageSource> OpenImage(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(NativePath(path), std::ios::binary);
   char head[4] = {};
   if (!file.read(head, sizeof head)) Fail(path, file.eof() ? ": no image, the file is too short" : ": cannot be read");
 

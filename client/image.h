@@ -18,7 +18,7 @@ enum class LabCoding { kUnknown, kSigned, kOffset };
 struct ImageInfo {
   int32_t width = 0, height = 0;
   const Space* space = nullptr;
-  LabCoding lab = LabCoding::kUnknown;  // unknown: bytes as the chosen method has them
+  LabCoding lab = LabCoding::kUnknown;  // unknown: bytes as the conversion has them
   double dpi_x = 0, dpi_y = 0;          // 0: not told
 };
 

@@ -1,8 +1,10 @@
 // qvclr, the command-line client of the library.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdio>
 
+#include "arguments.h"
 #include "commands.h"
 
 namespace {
@@ -22,7 +24,10 @@ int main(int argc, char** argv) {
     client::AddConvertCommand(app);
     client::AddSpacesCommand(app);
     try {
-      app.parse(argc, argv);
+      // CLI11 takes the words from the back.
+      std::vector<std::string> words = client::ArgumentsInUtf8(argc, argv);
+      std::ranges::reverse(words);
+      app.parse(std::move(words));
     } catch (const CLI::Success& help) {
       return app.exit(help);
     }

@@ -18,7 +18,7 @@ constexpr Space kSpaces[] = {
     {"hls", CS_HLS, 24, "H L S", kAnySize},
     {"yiq", CS_YIQ, 24, "Y I Q", kAnySize},
     {"cmy", CS_CMY, 24, "C M Y", kAnySize},
-    {"lab", CS_LAB, 24, "L a b; by formula a and b are signed bytes, by profiles they are stored as value + 128",
+    {"lab", CS_LAB, 24, "L a b; a and b are signed bytes, by profiles (methods 2 and 4) they are stored as value + 128",
      kAnySize},
     {"xyz", CS_XYZ, 24, "X Y Z", kAnySize},
     {"yuy2", CS_YUY2, 16, "Y0 U Y1 V", kEvenWidth},
@@ -32,9 +32,9 @@ constexpr Space kSpaces[] = {
 };
 
 constexpr Method kMethods[] = {
-    {"formula", METHOD_FORMULA, false},
-    {"icc", METHOD_ICC, true},
-    {"auto", METHOD_AUTOMATIC, false},
+    {"formula", METHOD_FORMULA},           {"icc", METHOD_ICC},
+    {"custom", METHOD_CUSTOM_ICC},         {"table", METHOD_TABLE},
+    {"custom-table", METHOD_CUSTOM_TABLE}, {"auto", METHOD_AUTOMATIC},
 };
 
 struct WhitePoint {

@@ -22,7 +22,6 @@ struct Space {
 struct Method {
   const char* name;
   uint32_t id;
-  bool by_profiles;
 };
 
 const Space& SpaceOf(uint32_t id);

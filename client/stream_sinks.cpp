@@ -2,6 +2,7 @@
 #include <fstream>
 
 #include "failure.h"
+#include "files.h"
 #include "image.h"
 
 namespace client {
@@ -10,7 +11,7 @@ namespace {
 class StreamSink : public ImageSink {
  public:
   StreamSink(const std::string& path, const ImageInfo& info, const std::string& header)
-      : path_(path), info_(info), file_(path, std::ios::binary | std::ios::trunc) {
+      : path_(path), info_(info), file_(NativePath(path), std::ios::binary | std::ios::trunc) {
     if (!file_) Fail(path, ": cannot be created");
     file_ << header;
   }

@@ -1,9 +1,9 @@
 // Sources whose pixels stand uncompressed in one piece: raw pixels, PPM and PGM.
 #include <cctype>
-#include <filesystem>
 #include <fstream>
 
 #include "failure.h"
+#include "files.h"
 #include "image.h"
 
 namespace client {
@@ -11,9 +11,9 @@ namespace {
 
 class StreamSource : public ImageSource {
  public:
-  explicit StreamSource(const std::string& path) : path_(path), file_(path, std::ios::binary) {
+  explicit StreamSource(const std::string& path) : path_(path), file_(NativePath(path), std::ios::binary) {
     std::error_code error;
-    file_bytes_ = std::filesystem::file_size(path, error);
+    file_bytes_ = std::filesystem::file_size(NativePath(path), error);
     if (!file_ || error) Fail(path, ": cannot be read");
   }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "failure.h"
+#include "files.h"
 #include "image.h"
 
 namespace client {
@@ -27,7 +28,7 @@ TiffFile::TiffFile(const std::string& path, const char* mode) : path_(path) {
   TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostImageBytes / 4);
   TIFFOpenOptionsSetErrorHandlerExtR(options, KeepFirst, &reason_);
   TIFFOpenOptionsSetWarningHandlerExtR(options, Ignore, nullptr);
-  tiff_ = TIFFOpenExt(path.c_str(), mode, options);
+  tiff_ = OpenNativeTiff(NativePath(path), mode, options);
   TIFFOpenOptionsFree(options);
   if (!tiff_) FailWithReason("cannot be opened");
 }

@@ -4,9 +4,13 @@
 #include <tiffio.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace client {
+
+// libtiff's own opening, by a name as the system takes it.
+TIFF* OpenNativeTiff(const std::filesystem::path& path, const char* mode, TIFFOpenOptions* options);
 
 class TiffFile {
  public:

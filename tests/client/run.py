@@ -1,5 +1,6 @@
 """Tests of the command-line client: run.py QVCLR_COMMAND... (an emulator may stand before the program)."""
 
+import math
 import pathlib
 import resource
 import subprocess
@@ -11,7 +12,8 @@ sys.dont_write_bytecode = True  # the source tree stays clean
 import images  # noqa: E402
 
 QVCLR = []
-PROFILE = pathlib.Path(__file__).parents[2] / "res" / "cmyk.icc"
+RES = pathlib.Path(__file__).parents[2] / "res"
+PROFILE = RES / "cmyk.icc"
 W, H = 21, 10
 RGB = images.pixels(W * H * 3)
 COMPLEMENT = bytes(range(255, -1, -1))
@@ -167,6 +169,129 @@ class Colours(ClientTest):
         self.assertLess(mean_difference(lab("0.3127,0.3290"), lab("d65")), 2)
         for white, reason in (("0,0", "ERR_INV_PARAMETER (-13)"), ("1,2,3", "no chromaticity"), ("d51", "white point")):
             self.assert_fails(images.ppm(W, H, RGB), reason, "--to", "lab", "--method", "icc", "--white", white)
+
+
+class Methods(ClientTest):
+    def setUp(self):
+        super().setUp()
+        for name, samples, pixels, photometric in (
+                ("rgb", 3, RGB, 2), ("cmyk", 4, images.pixels(W * H * 4), 5), ("lab", 3, RGB, 8),
+                ("offset-lab", 3, flipped_lab(RGB), 9)):
+            (self.folder / name).write_bytes(images.tiff(W, H, samples, pixels, photometric))
+
+    def made(self, picture, to, *arguments):
+        """Photometric interpretation and pixels that the client makes of a picture in the folder."""
+        run = self.run_client("convert", picture, "made.tif", "--to", to, *arguments)
+        self.assertEqual((run.returncode, run.stderr), (0, ""), run.args)
+        tags, pixels = images.read_tiff((self.folder / "made.tif").read_bytes())
+        return tags[262][0], pixels
+
+    def write_table(self, name):
+        entries = (RES / f"{name}.et").read_bytes()
+        side = math.isqrt(len(entries) // 3)
+        self.assertEqual(side * side * 3, len(entries))
+        (self.folder / f"{name}.tif").write_bytes(images.tiff(side, side, 3, entries, 2))
+        return f"{name}.tif"
+
+    def test_the_callers_profiles(self):
+        def profiles(source, dest):
+            return (["--src-profile", str(RES / source)] if source else []) + (
+                ["--dst-profile", str(RES / dest)] if dest else [])
+
+        for picture, to, arguments in (("rgb", "cmyk", profiles("srgb.icc", "cmyk.icc")),
+                                       ("cmyk", "rgb", profiles("cmyk.icc", None)),
+                                       ("rgb", "lab", profiles(None, "lab.icc")),
+                                       ("offset-lab", "rgb", [*profiles("lab.icc", "srgb.icc"), "--method", "custom"])):
+            with self.subTest(arguments):
+                by_icc = self.made(picture, to, "--method", "icc", "--white", "d65")
+                self.assertEqual(self.made(picture, to, "--white", "d65", *arguments), by_icc)
+        self.assertNotEqual(self.made(picture, to, *arguments), by_icc)
+
+    def test_files_of_any_name(self):
+        # Red and blue change places in the profile, which is what another order of samples does.
+        content = (RES / "srgb.icc").read_bytes()
+        for old, new in ((b"rXYZ", b"????"), (b"bXYZ", b"rXYZ"), (b"????", b"bXYZ")):
+            content = content.replace(old, new, 1)
+        (self.folder / "pr\u00f6fil \u8868.icc").write_bytes(content)
+        (self.folder / "b\u00efld \u8868").write_bytes(images.ppm(W, H, RGB))
+        run = self.run_client("convert", "b\u00efld \u8868", "\u00f6ut \u8868.tif", "--to", "lab",
+                              "--src-profile", "pr\u00f6fil \u8868.icc")
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        tags, lab = images.read_tiff((self.folder / "\u00f6ut \u8868.tif").read_bytes())
+        self.assertEqual((tags[262][0], lab), self.made("rgb", "lab", "--from", "bgr", "--method", "icc"))
+        (self.folder / "t\u00e4fel \u8868.tif").write_bytes((self.folder / self.write_table("rgb_lab")).read_bytes())
+        self.assertEqual(self.made("b\u00efld \u8868", "lab", "--table", "t\u00e4fel \u8868.tif"),
+                         self.made("rgb", "lab", "--method", "table"))
+
+    def test_tables(self):
+        for picture, to, name in (("rgb", "lab", "rgb_lab"), ("lab", "rgb", "lab_rgb"), ("cmyk", "rgb", "cmyk_rgb")):
+            table, by_table = self.write_table(name), self.made(picture, to, "--method", "table")
+            self.assertNotEqual(by_table, self.made(picture, to, "--method", "formula"))
+            self.assertEqual(self.made(picture, to, "--table", table), by_table)
+        nodes = [(c, m, y, k) for c in (0, 15) for m in (1, 9) for y in range(16) for k in (0, 3, 12)]
+        ink = bytes(16 * value for node in nodes for value in node)
+        (self.folder / "cmyk").write_bytes(images.tiff(len(nodes), 1, 4, ink, 5))
+        entries = (RES / "cmyk_rgb.et").read_bytes()
+        expected = (entries[3 * (4913 * c + 289 * m + 17 * y + k):][:3] for c, m, y, k in nodes)
+        self.assertEqual(self.made("cmyk", "rgb", "--method", "table"), (2, b"".join(expected)))
+        self.assertEqual(self.made("rgb", "cmyk", "--method", "table", "--black", "90"), (5, cmyk_by_formula(RGB, 90)))
+
+    def test_coding_of_lab(self):
+        profile, table = ["--dst-profile", str(RES / "lab.icc")], ["--table", self.write_table("rgb_lab")]
+        back_profile, back_table = ["--src-profile", str(RES / "lab.icc")], ["--table", self.write_table("lab_rgb")]
+        made = {}
+        for method, there, back, coding in (("formula", [], [], 8), ("icc", [], [], 9), ("table", [], [], 8),
+                                            ("custom", profile, back_profile, 9), ("auto", [], [], 8),
+                                            ("custom-table", table, back_table, 8)):
+            with self.subTest(method):
+                made[method] = self.made("rgb", "lab", "--method", method, *there)
+                self.assertEqual(made[method][0], coding)
+                rgb = self.made("lab", "rgb", "--method", method, *back)
+                self.assertEqual(rgb, self.made("offset-lab", "rgb", "--method", method, *back))
+        self.assertEqual(made["auto"], made["formula"])
+        self.assertNotEqual(made["icc"][1], made["formula"][1])
+        # Without an RGB side it is the formula, whose Lab is signed.
+        ink, lab = self.made("lab", "cmyk"), self.made("cmyk", "lab")
+        self.assertEqual(lab[0], 8)
+        for method, there, back in (("icc", [], []), ("custom", profile, back_profile)):
+            with self.subTest(method):
+                self.assertEqual(self.made("cmyk", "lab", "--method", method, *there), lab)
+                self.assertEqual(self.made("lab", "cmyk", "--method", method, *back), ink)
+                self.assertEqual(self.made("offset-lab", "cmyk", "--method", method, *back), ink)
+                self.assertEqual(self.made("lab", "lab", "--method", method, *back),
+                                 self.made("offset-lab", "lab", "--method", method, *back))
+
+    def test_the_automatic_choice(self):
+        for picture, to in (("rgb", "cmyk"), ("cmyk", "rgb")):
+            self.assertEqual(self.made(picture, to, "--method", "auto"), self.made(picture, to, "--method", "icc"))
+
+    def test_what_methods_refuse(self):
+        picture = images.ppm(W, H, RGB)
+        (self.folder / "text").write_text("neither a profile nor a table, only some words in a row, and more of them")
+        own, other = str(RES / "srgb.icc"), str(PROFILE)
+        custom, custom_table = ["--method", "custom"], ["--method", "custom-table"]
+        for reason, arguments in (
+                ("--src-profile and --dst-profile need --method custom", ["--method", "icc", "--src-profile", own]),
+                ("--src-profile and --dst-profile need --method custom", [*custom_table, "--dst-profile", own]),
+                ("--table needs --method custom-table", ["--method", "table", "--table", "text"]),
+                ("--table needs --method custom-table", ["--table", "text", "--src-profile", own]),
+                ("--method custom needs --src-profile or --dst-profile", custom),
+                ("--method custom-table needs --table", custom_table),
+                ("--src-profile: a file name is needed", ["--src-profile", ""]),
+                ("ERR_PROFILE_NAME (-8): ", ["--src-profile", "nowhere.icc"]),
+                ("ERR_PROFILE_NAME (-8): ", ["--table", "nowhere.tif"]),
+                ("a name of more than 259 characters", ["--dst-profile", "\u00e4" * 260]),
+                ("ERR_PROFILE_NAME (-8): ", ["--dst-profile", "\u00e4" * 130 + "/" + "n" * 128]),
+                ("a name of more than 259 characters", ["--table", "t/" * 130]),
+                ("ERR_PROFILE_OPEN (-787): ", ["--src-profile", other]),
+                ("ERR_PROFILE_OPEN (-787): ", ["--dst-profile", "text"]),
+                ("ERR_FILE_READ (-7): ", ["--table", "text"])):
+            with self.subTest(arguments):
+                self.assert_fails(picture, reason, "--to", "lab", *arguments, out="out.tif")
+        for method in ("table", "auto"):
+            reason = "there is no table" if method == "table" else "ERR_UNSUPPORTED_METHOD (-786): "
+            for to in ("hsv", "bgr"):
+                self.assert_fails(picture, reason, "--to", to, "--method", method, out="out")
 
 
 class Errors(ClientTest):
