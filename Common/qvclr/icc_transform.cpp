@@ -41,7 +41,7 @@ Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out,
   cmsHPROFILE white = nullptr;
   if (white_point) {
     const auto direction = IsRgb(*in.space) ? WhiteDirection::kToWhite : WhiteDirection::kFromWhite;
-    white = MakeWhitePointProfile(context, *white_point, direction);
+    white = MakeWhitePointProfile(context, *white_point, direction, out_profile);
   }
   *transform = Link(context, in, in_profile, out, out_profile, white);
   for (cmsHPROFILE profile : {in_profile, out_profile, white}) cmsCloseProfile(profile);

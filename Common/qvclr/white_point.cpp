@@ -33,15 +33,17 @@ Status WhiteOf(const WhitePointParams& params, std::optional<cmsCIEXYZ>* white) 
   return CanRescale((*white)->X) && CanRescale((*white)->Z) ? kSuccess : kInvalidParameter;
 }
 
-cmsHPROFILE MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction) {
+cmsHPROFILE MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction,
+                                  cmsHPROFILE next) {
   const cmsCIEXYZ& d50 = *cmsD50_XYZ();
   const bool to_white = direction == WhiteDirection::kToWhite;
   const auto scale = [&](double of_d50, double of_white) { return to_white ? of_d50 / of_white : of_white / of_d50; };
   const double matrix[9] = {scale(d50.X, white.X), 0, 0, 0, 1, 0, 0, 0, scale(d50.Z, white.Z)};
 
   cmsHPROFILE profile = cmsCreateProfilePlaceholder(context);
-  // Version 2: a perceptual transform through it must not ask for black-point compensation.
-  cmsSetProfileVersion(profile, 2.4);
+  // From version 4 on, a perceptual transform compensates black points up to the profile; this one's black is 0, so the
+  // step into it must do as the step out of it does.
+  cmsSetProfileVersion(profile, cmsGetEncodedICCversion(next) < 0x4000000 ? 2.4 : 4.3);
   cmsSetDeviceClass(profile, cmsSigAbstractClass);
   cmsSetColorSpace(profile, cmsSigXYZData);
   cmsSetPCS(profile, cmsSigXYZData);

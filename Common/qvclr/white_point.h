@@ -14,8 +14,9 @@ namespace qv {
 Status WhiteOf(const WhitePointParams& params, std::optional<cmsCIEXYZ>* white);
 
 // A profile that rescales XYZ relative to D50 by D50 / white, component by component, as CIELAB normalises; or, the
-// other way, by white / D50. Within Engine::Enter.
+// other way, by white / D50. `next` is the profile that follows it. Within Engine::Enter.
 enum class WhiteDirection : uint8_t { kToWhite, kFromWhite };
-cmsHPROFILE MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction);
+cmsHPROFILE MakeWhitePointProfile(cmsContext context, const cmsCIEXYZ& white, WhiteDirection direction,
+                                  cmsHPROFILE next);
 
 }  // namespace qv

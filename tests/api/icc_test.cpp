@@ -1,59 +1,26 @@
 // Method 2: the built-in profiles through the colour engine, held against the engine called directly.
 #include <gtest/gtest.h>
-#include <lcms2.h>
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "support/converters.h"
 #include "support/guarded.h"
+#include "support/icc_reference.h"
 
 namespace {
 
 using namespace qv_test;
-using Bytes = std::vector<uint8_t>;
 
-struct IccSpaceFacts {
-  uint32_t space, format;
-  size_t pixel;
-  const char* file;
-  size_t file_size;
-};
-const IccSpaceFacts kRgb = {CS_RGB, 0x40019, 3, "srgb.icc", 3144};
-const IccSpaceFacts kBgr = {CS_BGR, 0x40419, 3, "srgb.icc", 3144};
-const IccSpaceFacts kCmyk = {CS_CMYK, 0x60021, 4, "cmyk.icc", 725436};
-const IccSpaceFacts kCmy = {CS_CMY, 0x50019, 3, "cmy.icc", 102000};
-const IccSpaceFacts kLab = {CS_LAB, 0xA0019, 3, "lab.icc", 200182};
-
-cmsHPROFILE OpenBuiltIn(const IccSpaceFacts& facts) {
-  std::ifstream file(std::string(QV_RES "/") + facts.file, std::ios::binary);
-  const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_EQ(bytes.size(), facts.file_size);
-  return cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size()));
+// By the built-in profiles.
+Bytes Reference(const IccSide& from, const IccSide& to, const Bytes& source) {
+  return ConvertedByEngine(from, BuiltInProfile(from), to, BuiltInProfile(to), source);
 }
 
-// What the engine itself makes of the pixels.
-Bytes Reference(const IccSpaceFacts& from, const IccSpaceFacts& to, const Bytes& source) {
-  cmsHPROFILE in = OpenBuiltIn(from), out = OpenBuiltIn(to);
-  cmsHTRANSFORM transform = cmsCreateTransform(in, from.format, out, to.format, INTENT_PERCEPTUAL, 0);
-  EXPECT_TRUE(transform);
-  const size_t pixels = source.size() / from.pixel;
-  Bytes target(pixels * to.pixel);
-  cmsDoTransform(transform, source.data(), target.data(), static_cast<cmsUInt32Number>(pixels));
-  cmsDeleteTransform(transform);
-  cmsCloseProfile(in);
-  cmsCloseProfile(out);
-  return target;
-}
-
-const std::pair<IccSpaceFacts, IccSpaceFacts> kPairs[] = {
-    {kRgb, kCmyk}, {kBgr, kCmyk}, {kCmyk, kRgb}, {kCmyk, kBgr}, {kRgb, kCmy}, {kBgr, kCmy}, {kCmy, kRgb},
-    {kCmy, kBgr},  {kRgb, kLab},  {kBgr, kLab},  {kLab, kRgb},  {kLab, kBgr}, {kRgb, kBgr}, {kBgr, kRgb}};
+const std::pair<IccSide, IccSide> kPairs[] = {{kRgb, kCmyk}, {kBgr, kCmyk}, {kCmyk, kRgb}, {kCmyk, kBgr}, {kRgb, kCmy},
+                                              {kBgr, kCmy},  {kCmy, kRgb},  {kCmy, kBgr},  {kRgb, kLab},  {kBgr, kLab},
+                                              {kLab, kRgb},  {kLab, kBgr},  {kRgb, kBgr},  {kBgr, kRgb}};
 
 TEST(BuiltInProfiles, EqualTheEngineCalledDirectly) {
   constexpr int32_t kWidth = 251, kHeight = 64, kPadIn = 5, kPadOut = 2;
@@ -106,74 +73,60 @@ TEST(BuiltInProfiles, ServeOnlyTheirSpaces) {
   }
 }
 
-// CIE 15: L*a*b* of the media white of the profile connection space (D50) relative to another white.
-std::array<double, 3> LabOfD50(double x, double z) {
-  const auto f = [](double t) { return t > 216.0 / 24389 ? std::cbrt(t) : (24389.0 / 27 * t + 16) / 116; };
-  return {100, 500 * (f(0.9642 / x) - 1), 200 * (1 - f(0.8249 / z))};
+// The coding of CS_CMYK_PROFILE in 65536ths (JFIF), one sum per sample.
+void CmykFromYccK(const uint8_t* ycck, uint8_t* cmyk) {
+  const int y = ycck[0], cb = ycck[1] - 128, cr = ycck[2] - 128;
+  const int paper[3] = {y + ((91881 * cr + 32768) >> 16), y + ((-22554 * cb - 46802 * cr + 32768) >> 16),
+                        y + ((116130 * cb + 32768) >> 16)};
+  for (int i = 0; i < 3; ++i) cmyk[i] = static_cast<uint8_t>(255 - std::clamp(paper[i], 0, 255));
+  cmyk[3] = ycck[3];
+}
+void YccKFromCmyk(const uint8_t* cmyk, uint8_t* ycck) {
+  const int r = 255 - cmyk[0], g = 255 - cmyk[1], b = 255 - cmyk[2];
+  ycck[0] = static_cast<uint8_t>((19595 * r + 38470 * g + 7471 * b + 0x8000) >> 16);
+  ycck[1] = static_cast<uint8_t>((-11059 * r - 21709 * g + 32768 * b + 0x807FFF) >> 16);
+  ycck[2] = static_cast<uint8_t>((32768 * r - 27439 * g - 5329 * b + 0x807FFF) >> 16);
+  ycck[3] = cmyk[3];
+}
+Bytes EachPixel(void (*convert)(const uint8_t*, uint8_t*), const Bytes& from) {
+  Bytes to(from.size());
+  for (size_t i = 0; i < from.size(); i += 4) convert(&from[i], &to[i]);
+  return to;
 }
 
-TEST(WhitePoints, RgbWhiteBecomesTheLabOfItsWhites) {
-  const struct {
-    WhitePointParams record;
-    double x, z;
-  } kWhites[] = {{{50, 0, 0}, 0.9642, 0.8249},
-                 {{60, 9, 9}, 0.9642, 0.8249},
-                 {{55, 0, 0}, 0.956543, 0.920264},
-                 {{65, 0, 0}, 0.950166, 1.08765},
-                 {{75, 0, 0}, 0.94942, 1.22493},
-                 {{93, 0, 0}, 0.952988, 1.41274},
-                 {{0, 0.4476, 0.4074}, 0.4476 / 0.4074, (1 - 0.4476 - 0.4074) / 0.4074}};
-  for (const auto& white : kWhites) {
-    SCOPED_TRACE(white.record.nWhitePoint);
-    ConversionParams params = Params(METHOD_ICC);
-    params.pWhitePoint = &white.record;
-    const ConverterPtr to_lab = MakeConverter(CS_RGB, CS_LAB, params), back = MakeConverter(CS_LAB, CS_RGB, params);
-    ASSERT_TRUE(to_lab && back);
-    Bytes rgb = {255, 255, 255}, lab(3), returned(3);
-    ASSERT_EQ(Q_ClrConvert(to_lab.get(), rgb.data(), lab.data(), 1, 1, 0, 0), SUCCESS);
-    const auto [l, a, b] = LabOfD50(white.x, white.z);
-    EXPECT_NEAR(lab[0], l * 2.55, 1);
-    EXPECT_NEAR(lab[1], a + 128, 1);
-    EXPECT_NEAR(lab[2], b + 128, 1);
-    // Light, weak colours: in darker or stronger ones a step of the 8-bit Lab is more than three of RGB.
-    for (int red = 100; red <= 240; red += 20) {
-      for (int green = 100; green <= 240; green += 20) {
-        for (int blue = 100; blue <= 240; blue += 20) {
-          if (std::max({red, green, blue}) - std::min({red, green, blue}) > 60) continue;
-          rgb = {static_cast<uint8_t>(red), static_cast<uint8_t>(green), static_cast<uint8_t>(blue)};
-          Q_ClrConvert(to_lab.get(), rgb.data(), lab.data(), 1, 1, 0, 0);
-          Q_ClrConvert(back.get(), lab.data(), returned.data(), 1, 1, 0, 0);
-          for (size_t i = 0; i < 3; ++i) ASSERT_NEAR(returned[i], rgb[i], 3) << red << ' ' << green << ' ' << blue;
+TEST(BuiltInProfiles, CarryCmykProfileAsCmyk) {
+  constexpr size_t kWidth = 37, kHeight = 40, kPadding = 3;
+  for (const IccSide& rgb : {kRgb, kBgr}) {
+    for (const bool decodes : {true, false}) {
+      SCOPED_TRACE(testing::Message() << (decodes ? "from" : "to") << " CS_CMYK_PROFILE, other side " << rgb.space);
+      const size_t in_line = kWidth * (decodes ? 4 : 3), out_line = kWidth * (decodes ? 3 : 4);
+      const Bytes source = RandomBytes(in_line * kHeight);
+      const Bytes expected = decodes ? Reference(kCmyk, rgb, EachPixel(CmykFromYccK, source))
+                                     : EachPixel(YccKFromCmyk, Reference(rgb, kCmyk, source));
+      const ConverterPtr converter = decodes ? MakeConverter(CS_CMYK_PROFILE, rgb.space, Params(METHOD_ICC))
+                                             : MakeConverter(rgb.space, CS_CMYK_PROFILE, Params(METHOD_ICC));
+      ASSERT_TRUE(converter);
+      for (const size_t padding : {size_t{0}, kPadding}) {
+        const size_t in_stride = in_line + padding, out_stride = out_line + padding;
+        Bytes in(in_stride * kHeight), wanted(out_stride * kHeight, 0xEE), in_place(std::max(in.size(), wanted.size()));
+        for (size_t y = 0; y < kHeight; ++y) {
+          std::copy_n(&source[y * in_line], in_line, &in[y * in_stride]);
+          std::copy_n(&expected[y * out_line], out_line, &wanted[y * out_stride]);
+        }
+        Bytes out(wanted.size(), 0xEE);
+        const auto convert = [&](const Bytes& from, Bytes& to) {
+          return Q_ClrConvert(converter.get(), from.data(), to.data(), kWidth, kHeight, static_cast<int32_t>(padding),
+                              static_cast<int32_t>(padding));
+        };
+        EXPECT_EQ(convert(in, out), SUCCESS);
+        EXPECT_EQ(out, wanted) << "padding " << padding;
+        std::ranges::copy(in, in_place.begin());
+        EXPECT_EQ(convert(in_place, in_place), SUCCESS);
+        for (size_t y = 0; y < kHeight; ++y) {
+          ASSERT_EQ(std::memcmp(&in_place[y * out_stride], &expected[y * out_line], out_line), 0) << "in place, " << y;
         }
       }
     }
-  }
-}
-
-TEST(WhitePoints, DoNotTouchTwoRgbSidesAndMustBeChromaticities) {
-  const WhitePointParams bluish = {93, 0, 0};
-  ConversionParams params = Params(METHOD_ICC);
-  params.pWhitePoint = &bluish;
-  const ConverterPtr converter = MakeConverter(CS_RGB, CS_BGR, params);
-  ASSERT_TRUE(converter);
-  const Bytes source = RandomBytes(3 * 500);
-  Bytes target(source.size());
-  ASSERT_EQ(Q_ClrConvert(converter.get(), source.data(), target.data(), 500, 1, 0, 0), SUCCESS);
-  EXPECT_EQ(target, Reference(kRgb, kBgr, source));
-
-  ColorConverter* handle = nullptr;
-  for (const auto& [x, y] : {std::pair{0.3, 0.0},
-                             {0.0, 0.5},
-                             {1e-200, 0.5},
-                             {0.5, 0.5},
-                             {-0.1, 0.3},
-                             {0.8, 0.3},
-                             {NAN, 0.3},
-                             {0.3, INFINITY},
-                             {0.3, NAN}}) {
-    const WhitePointParams impossible = {0, x, y};
-    params.pWhitePoint = &impossible;
-    EXPECT_EQ(Q_ClrInit(&handle, CS_RGB, CS_LAB, &params), ERR_INV_PARAMETER) << x << ' ' << y;
   }
 }
 
