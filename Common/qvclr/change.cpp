@@ -97,9 +97,9 @@ Status ChangeTable(const ConversionParams& params, ColorConverter* converter) {
   if (!kind || converter->src_space == CS_BGR || converter->src_space == CS_LAB) return kSuccess;
   auto table = NewArray<uint8_t>(kind->bytes);
   if (!table) return kNoMemory;
-  if (NamesExistingFile(converter->table_name)) {
-    static_cast<void>(ReadTable(converter->table_name, kind->bytes, &table));
-  }
+  const bool is_read =
+      NamesExistingFile(converter->table_name) && Ok(ReadTable(converter->table_name, kind->bytes, &table));
+  if (!is_read) std::fill_n(table.get(), kind->bytes, uint8_t{0});
   converter->custom_table = table.release();
   return kSuccess;
 }

@@ -26,7 +26,7 @@ const uint8_t* FindBuiltInTable(const EmulationTable& described);
 // Reads a table from an uncompressed little-endian TIFF file of one strip, whose pixels are its bytes. `*table` holds
 // `bytes` zeros: a smaller image leaves the rest of them, a larger one takes a buffer of its own. What the image says
 // of its colours is of no account. kNoMemory, or the system's error number (positive); a file that ends too early is
-// 38. After a failure `*table` holds nothing of use, and is null after kNoMemory.
+// 38. After a failure `*table` holds nothing of use.
 Status ReadTable(const QWChar* name, size_t bytes, Owned<uint8_t[]>* table);
 
 }  // namespace qv

@@ -1,6 +1,9 @@
-// Every public call with its n-th allocation failing, for every n: the right code, no handle, and nothing left behind.
+// Every public call with its n-th allocation or file call failing, for every n: the right code, no handle, and nothing
+// left behind.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <span>
@@ -10,37 +13,62 @@
 #include "base/memory.h"
 #include "qvclr/library.h"
 #include "support/converters.h"
+#include "support/files.h"
+#include "unit/base_system.h"
 
 namespace {
 
 using namespace qv;
 using namespace qv_test;
 
-// Calls until no allocation is left to fail; returns how many there were.
-int Sweep(const std::function<int32_t()>& call, int32_t expected = ERR_NO_MEMORY) {
+struct Attempt {
+  int32_t status;
+  bool struck;
+};
+Attempt WithFault(FaultHook& hook, int n, const std::function<int32_t()>& call) {
+  hook.FailNth(n);
+  const int32_t status = call();
+  const bool struck = !hook.Armed();
+  hook.FailNth(0);
+  return {status, struck};
+}
+
+// Attempts with the first fault, the second, and so on, until none strikes; returns how many there were. With a stride
+// they are a sample, for calls that take their time.
+int SweepAttempts(const std::function<Attempt(int n)>& attempt, int stride = 1) {
   const LedgerTotals before = Ledger();
-  for (int n = 1; n < 5000; ++n) {
-    allocation_faults.FailNth(n);
-    const int32_t status = call();
-    const bool struck = !allocation_faults.Armed();
-    allocation_faults.FailNth(0);
-    EXPECT_EQ(status, struck ? expected : SUCCESS) << "allocation " << n;
-    EXPECT_EQ(Ledger().blocks, before.blocks) << "allocation " << n;
+  for (int n = 1; n < 5000; n += stride) {
+    SCOPED_TRACE(testing::Message() << "fault " << n);
+    const bool struck = attempt(n).struck;
+    EXPECT_EQ(Ledger().blocks, before.blocks);
     EXPECT_EQ(Ledger().bytes, before.bytes);
     if (!struck) return n - 1;
   }
   return -1;
 }
 
-int SweepInit(uint32_t src, uint32_t dst, const ConversionParams* params) {
-  return Sweep([=] {
+int Sweep(const std::function<int32_t()>& call, int stride = 1) {
+  const auto attempt = [&](int n) {
+    const Attempt made = WithFault(allocation_faults, n, call);
+    EXPECT_EQ(made.status, made.struck ? ERR_NO_MEMORY : SUCCESS);
+    return made;
+  };
+  return SweepAttempts(attempt, stride);
+}
+
+int SweepInit(uint32_t src, uint32_t dst, const ConversionParams* params, int stride = 1) {
+  const auto call = [=] {
     ColorConverter* const untouched = reinterpret_cast<ColorConverter*>(uintptr_t{16});
     ColorConverter* handle = untouched;
     const int32_t status = Q_ClrInit(&handle, src, dst, params);
     EXPECT_EQ(handle == untouched, status != SUCCESS);
     if (status == SUCCESS) EXPECT_EQ(Q_ClrFree(handle), SUCCESS);
     return status;
-  });
+  };
+  return Sweep(call, stride);
+}
+int SweepInit(uint32_t src, uint32_t dst, const ConversionParams& params, int stride = 1) {
+  return SweepInit(src, dst, &params, stride);
 }
 
 TEST(FailingAllocations, InCreation) {
@@ -74,6 +102,162 @@ TEST(FailingAllocations, InCreation) {
             3);
 }
 
+// A profile of each side's space and a table larger than the grid.
+struct FailingFiles : testing::Test {
+  ConversionParams Named(uint32_t method, const char* src, const char* dst, const std::filesystem::path& table = {}) {
+    ConversionParams params = Params(method);
+    params.nEmulationTableKind = METHOD_TABLE;
+    // A client's release covers the caller's table only beside a built-in one.
+    if (method == METHOD_CUSTOM_TABLE) params.nMethodMask |= METHOD_TABLE;
+    SetName(std::filesystem::path(QV_RES) / src, params.sSourceProfileName);
+    if (*dst != 0) SetName(std::filesystem::path(QV_RES) / dst, params.sDestProfileName);
+    SetName(table, params.sEmulationTableName);
+    return params;
+  }
+
+  const Folder folder{"qv_fault_test"};
+  const std::filesystem::path larger = folder.Write("larger.tif", TiffOf(std::vector<uint8_t>(3 * 100000, 77)));
+  const std::filesystem::path small = folder.Write("small.tif", TiffOf(std::vector<uint8_t>(3 * 1000, 77)));
+};
+using FailingAllocationsOfFiles = FailingFiles;
+
+TEST_F(FailingAllocationsOfFiles, InCreation) {
+  EXPECT_GT(SweepInit(CS_RGB, CS_LAB, Named(METHOD_CUSTOM_ICC, "srgb.icc", "lab.icc"), 4), 100);
+  const auto bytes = ReadResource("srgb.icc");
+  const IccMemoryProfile memory = {16, bytes.data(), static_cast<uint32_t>(bytes.size())};
+  ConversionParams params = Named(METHOD_CUSTOM_ICC, "srgb.icc", "");
+  params.pSourceProfileMemory = params.pDestProfileMemory = &memory;
+  EXPECT_GT(SweepInit(CS_RGB, CS_BGR, params), 100);
+  EXPECT_GT(SweepInit(CS_RGB, CS_RGB, params), 100);
+  EXPECT_EQ(SweepInit(CS_CMYK, CS_RGB, Named(METHOD_TABLE, "", "")), 3) << "record, node, white point";
+  EXPECT_EQ(SweepInit(CS_RGB, CS_LAB, Named(METHOD_CUSTOM_TABLE, "", "", small)), 4) << "and the table";
+  EXPECT_EQ(SweepInit(CS_CMYK, CS_BGR, Named(METHOD_CUSTOM_TABLE, "", "", larger)), 5) << "and a larger one";
+  EXPECT_EQ(SweepInit(CS_CMYK_PROFILE, CS_RGB, nullptr), 3) << "and tables";
+  EXPECT_GT(SweepInit(CS_CMYK_PROFILE, CS_RGB, Named(METHOD_CUSTOM_ICC, "cmyk.icc", "srgb.icc"), 19), 100);
+  params = Named(METHOD_FORMULA, "srgb.icc", "lab.icc", small);
+  params.nMethodMask = 31;
+  EXPECT_GT(SweepInit(CS_RGB, CS_LAB, params, 19), 200) << "two transforms and a table";
+}
+
+// Which of the records that a change can make the converter holds.
+std::array<bool, 4> Records(const ColorConverter& c) {
+  return {c.cmyk_params != nullptr, c.yuv != nullptr, c.lab_to_rgb != nullptr, c.white_point != nullptr};
+}
+
+// Changes a converter without any records, made anew for each fault. The first `told` faults are told.
+int SweepChange(uint32_t src, uint32_t dst, uint32_t active, ConversionParams change, uint32_t bits, int told = 5000) {
+  change.nMethodMask = bits;
+  change.nActiveMethod = active;
+  return SweepAttempts([&](int n) {
+    const ConverterPtr converter = MakeConverter(src, dst);
+    // Its release covers whatever it comes to hold.
+    const uint8_t some_table = 0;
+    converter->method_mask = 31;
+    converter->built_in_table = &some_table;
+    const Attempt attempt =
+        WithFault(allocation_faults, n, [&] { return Q_ClrSetConversionParams(converter.get(), &change); });
+    const bool fails = attempt.struck && n <= told;
+    EXPECT_EQ(attempt.status, fails ? ERR_NO_MEMORY : SUCCESS);
+    if (fails) EXPECT_EQ(Records(*converter), Records(*MakeConverter(src, dst)));
+    uint8_t pixels[8] = {};
+    EXPECT_EQ(Q_ClrConvert(converter.get(), pixels, pixels + 4, 1, 1, 0, 0),
+              fails && active > METHOD_FORMULA ? ERR_UNSUPPORTED_METHOD : SUCCESS);
+    return attempt;
+  });
+}
+
+TEST_F(FailingAllocationsOfFiles, InChanges) {
+  const uint8_t luma[256] = {};
+  const CmykParams cmyk = {12, 500, 0};
+  const Space1Params space1 = {.uStructSize = 44, .pLumaTable = luma, .nLumaTableBytes = 256};
+  const LabParams lab = {.uStructSize = 32};
+  const WhitePointParams white = {65, 0, 0};
+  const auto change = [&](const char* src, const char* dst, const std::filesystem::path& table = {}) {
+    ConversionParams params = Named(0, src, dst, table);
+    params.pWhitePoint = &white;
+    params.pCmykParams = &cmyk;
+    params.pSpace1Params = &space1;
+    params.pLabParams = &lab;
+    return params;
+  };
+  const ConversionParams records = change("srgb.icc", "");
+  EXPECT_EQ(SweepChange(CS_RGB, CS_CMYK, 1, records, CHANGE_CMYK), 1);
+  EXPECT_EQ(SweepChange(CS_YUV, CS_RGB, 1, records, CHANGE_SPACE1), 2);
+  EXPECT_EQ(SweepChange(CS_RGB, CS_LAB, 1, records, CHANGE_LAB), 1);
+  EXPECT_EQ(SweepChange(CS_YUV, CS_CMYK, 1, records, CHANGE_CMYK | CHANGE_SPACE1 | CHANGE_WHITE_POINT), 4);
+  EXPECT_EQ(SweepChange(CS_LAB, CS_YUV, 1, records, CHANGE_SPACE1 | CHANGE_LAB | CHANGE_WHITE_POINT), 4);
+  constexpr uint32_t kWhite = CHANGE_ACTIVE_METHOD | CHANGE_WHITE_POINT;
+  EXPECT_GT(SweepChange(CS_RGB, CS_LAB, METHOD_ICC, records, kWhite | CHANGE_LAB), 100);
+  EXPECT_GT(SweepChange(CS_RGB, CS_LAB, METHOD_CUSTOM_ICC, records, kWhite | CHANGE_PROFILES), 100);
+  EXPECT_GT(SweepChange(CS_RGB, CS_CMYK, 1, records, CHANGE_CMYK | CHANGE_WHITE_POINT | CHANGE_PROFILES), 100);
+  EXPECT_GT(SweepChange(CS_RGB, CS_BGR, METHOD_CUSTOM_ICC, records, CHANGE_ACTIVE_METHOD | CHANGE_PROFILES), 100);
+  constexpr uint32_t kTable = CHANGE_ACTIVE_METHOD | CHANGE_TABLE;
+  EXPECT_EQ(SweepChange(CS_CMYK, CS_RGB, METHOD_CUSTOM_TABLE, change("", "", small), kTable), 1);
+  EXPECT_EQ(SweepChange(CS_CMYK, CS_RGB, METHOD_CUSTOM_TABLE, change("", "", larger), kTable, 1), 2);
+  EXPECT_EQ(SweepChange(CS_CMYK, CS_RGB, 1, change("", "", small), CHANGE_CMYK | CHANGE_TABLE), 2);
+
+  // Growth of the luma buffer that the converter has: what it was stays in use.
+  const std::vector<uint8_t> longer(300, 9);
+  const Space1Params growth = {
+      .uStructSize = 44, .nFlags = 1 | 16, .nUSpan = 9, .pLumaTable = longer.data(), .nLumaTableBytes = 300};
+  ConversionParams grown = change("", "");
+  const ConverterPtr converter = MakeConverter(CS_YUV, CS_RGB, [&] {
+    ConversionParams params = records;
+    params.nActiveMethod = params.nMethodMask = METHOD_FORMULA;
+    return params;
+  }());
+  grown.nMethodMask = CHANGE_SPACE1;
+  grown.pSpace1Params = &growth;
+  const auto [status, struck] =
+      WithFault(allocation_faults, 1, [&] { return Q_ClrSetConversionParams(converter.get(), &grown); });
+  EXPECT_TRUE(struck && status == ERR_NO_MEMORY);
+  EXPECT_EQ(converter->yuv->luma_bytes, 256u);
+  EXPECT_TRUE(converter->yuv->params.nUSpan == 0 && converter->yuv->settings.stored_luma[255] == 0);
+}
+
+// Every file call in turn: the first asks for the file's existence, the last closes it, which is no failure.
+TEST_F(FailingFiles, LeaveNothingOpen) {
+  const size_t handles = OpenHandles();
+  const auto sweep = [&](uint32_t src, uint32_t dst, const ConversionParams& params, int32_t read_failure) {
+    std::vector<int32_t> told;
+    SweepAttempts([&](int n) {
+      ColorConverter* handle = nullptr;
+      const Attempt attempt = WithFault(file_faults, n, [&] { return Q_ClrInit(&handle, src, dst, &params); });
+      EXPECT_EQ(handle != nullptr, attempt.status == SUCCESS);
+      if (handle) Q_ClrFree(handle);
+      told.push_back(attempt.status);
+      EXPECT_EQ(OpenHandles(), handles);
+      return attempt;
+    });
+    ASSERT_GT(told.size(), 6u);
+    std::vector<int32_t> expected(told.size(), read_failure);
+    expected.front() = ERR_PROFILE_NAME;
+    expected.back() = expected[told.size() - 2] = SUCCESS;
+    EXPECT_EQ(told, expected);
+  };
+  sweep(CS_RGB, CS_BGR, Named(METHOD_CUSTOM_ICC, "srgb.icc", ""), ERR_PROFILE_OPEN);
+  sweep(CS_CMYK, CS_RGB, Named(METHOD_CUSTOM_TABLE, "", "", larger), ERR_FILE_READ);
+
+  // In a change a table is read whole or is zero.
+  std::vector<ptrdiff_t> told;
+  const ConverterPtr converter = MakeConverter(CS_CMYK, CS_RGB, Named(METHOD_CUSTOM_TABLE, "", "", larger));
+  ConversionParams change = Named(0, "", "", larger);
+  change.nMethodMask = CHANGE_TABLE;
+  constexpr size_t kBytes = 3 * 17 * 17 * 17 * 17;
+  for (bool struck = true; struck;) {
+    const Attempt attempt = WithFault(file_faults, static_cast<int>(told.size()) + 1,
+                                      [&] { return Q_ClrSetConversionParams(converter.get(), &change); });
+    struck = attempt.struck;
+    ASSERT_TRUE(attempt.status == SUCCESS && converter->custom_table);
+    told.push_back(std::count(converter->custom_table, converter->custom_table + kBytes, uint8_t{77}));
+  }
+  ASSERT_GT(told.size(), 6u);
+  std::vector<ptrdiff_t> expected(told.size(), 0);
+  expected.back() = expected[told.size() - 2] = kBytes;
+  EXPECT_EQ(told, expected);
+  EXPECT_EQ(OpenHandles(), handles);
+}
+
 TEST(FailingAllocations, InConversion) {
   std::vector<uint8_t> buffer(4 * 64);
   const auto direct = [&](uint32_t from, uint32_t to, size_t shift) {
@@ -87,6 +271,32 @@ TEST(FailingAllocations, InConversion) {
   const ConverterPtr icc = MakeConverter(CS_RGB, CS_CMYK, Params(METHOD_ICC));
   EXPECT_EQ(Sweep([&] { return Q_ClrConvert(icc.get(), buffer.data(), buffer.data(), 8, 4, 0, 0); }), 1);
   EXPECT_EQ(Sweep([&] { return Q_ClrConvert(icc.get(), buffer.data(), buffer.data() + 96, 8, 4, 0, 0); }), 0);
+}
+
+// By a converter the last one, for the bitmap's own lines, is not told.
+TEST(FailingAllocations, InConversionToBitmaps) {
+  const uint8_t pixels[16] = {};
+  EXPECT_EQ(Sweep([&] {
+              BitmapHandle bitmap{};
+              const int32_t status = Q_ClrConvertDirectToBitmap(CS_CMYK, CS_RGB, pixels, &bitmap, 32, 2, 2, 0, 0);
+              return status == SUCCESS ? Q_FreeBitmap(&bitmap) : status;
+            }),
+            2);
+  const ConverterPtr formula = MakeConverter(CS_CMYK, CS_RGB);
+  const ConverterPtr icc = MakeConverter(CS_CMYK_PROFILE, CS_BGR, Params(METHOD_ICC));
+  for (const auto& [converter, told] : {std::pair{formula.get(), 1}, {icc.get(), 2}}) {
+    EXPECT_EQ(SweepAttempts([&](int n) {
+                BitmapHandle bitmap{};
+                const Attempt attempt = WithFault(allocation_faults, n, [&] {
+                  return Q_ClrConvertToBitmap(converter, pixels, &bitmap, 32, 2, 2, 0, 0);
+                });
+                EXPECT_EQ(attempt.status, n <= told ? ERR_NO_MEMORY : SUCCESS);
+                EXPECT_EQ(bitmap.pBits == nullptr, attempt.struck);
+                if (bitmap.pBits) EXPECT_EQ(Q_FreeBitmap(&bitmap), SUCCESS);
+                return attempt;
+              }),
+              told + 1);
+  }
 }
 
 TEST(FailingAllocations, InBitmaps) {

@@ -1,0 +1,391 @@
+// Changes of live converters: a changed converter converts as one that was made with the same settings.
+#include <gtest/gtest.h>
+#include <lcms2.h>
+
+#include <cstring>
+
+#include "support/converters.h"
+#include "support/files.h"
+#include "support/guarded.h"
+
+namespace {
+
+using namespace qv_test;
+using Bytes = std::vector<uint8_t>;
+constexpr int32_t kPixels = 500;
+
+int32_t Set(const ConverterPtr& converter, uint32_t bits, ConversionParams params = {}) {
+  params.nMethodMask = bits;
+  return Q_ClrSetConversionParams(converter.get(), &params);
+}
+int32_t Activate(const ConverterPtr& converter, uint32_t method) {
+  return Set(converter, CHANGE_ACTIVE_METHOD, {.nActiveMethod = method});
+}
+
+int32_t SetNarrow(const ConverterPtr& converter, const ConversionParams& params) {
+  ConversionParamsA narrow{.nActiveMethod = params.nActiveMethod,
+                           .pWhitePoint = params.pWhitePoint,
+                           .pCmykParams = params.pCmykParams,
+                           .pSpace1Params = params.pSpace1Params,
+                           .pLabParams = params.pLabParams,
+                           .nMethodMask = params.nMethodMask};
+  const auto take = [](const QWChar(&from)[260], char(&to)[260]) {
+    std::ranges::transform(from, to, [](QWChar unit) { return static_cast<char>(unit); });
+  };
+  take(params.sSourceProfileName, narrow.sSourceProfileName);
+  take(params.sDestProfileName, narrow.sDestProfileName);
+  take(params.sEmulationTableName, narrow.sEmulationTableName);
+  return Q_ClrSetConversionParamsA(converter.get(), &narrow);
+}
+
+int32_t ConversionStatus(const ConverterPtr& converter, Bytes* target) {
+  static const Bytes source = RandomBytes(4 * kPixels);
+  target->assign(4 * kPixels, 0xEE);
+  return Q_ClrConvert(converter.get(), source.data(), target->data(), kPixels, 1, 0, 0);
+}
+int32_t ConversionStatus(const ConverterPtr& converter) {
+  Bytes target;
+  return ConversionStatus(converter, &target);
+}
+Bytes Pixels(const ConverterPtr& converter) {
+  Bytes target;
+  EXPECT_TRUE(converter);
+  EXPECT_EQ(ConversionStatus(converter, &target), SUCCESS);
+  return target;
+}
+
+// An RGB profile of its own gamma.
+Bytes RgbProfile(double gamma) {
+  const cmsCIExyY white = {0.3127, 0.3290, 1};
+  const cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1}, {0.30, 0.60, 1}, {0.15, 0.06, 1}};
+  cmsToneCurve* const curve = cmsBuildGamma(nullptr, gamma);
+  cmsToneCurve* const curves[3] = {curve, curve, curve};
+  cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
+  cmsUInt32Number size = 0;
+  cmsSaveProfileToMem(profile, nullptr, &size);
+  Bytes bytes(size);
+  EXPECT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &size));
+  cmsCloseProfile(profile);
+  cmsFreeToneCurve(curve);
+  return bytes;
+}
+
+struct Changes : testing::Test {
+  using Name = std::filesystem::path;
+  static ConversionParams Named(const Name& src, const Name& dst = {}, const Name& table = {}) {
+    ConversionParams params = Params(METHOD_CUSTOM_ICC);
+    SetName(src, params.sSourceProfileName);
+    SetName(dst, params.sDestProfileName);
+    SetName(table, params.sEmulationTableName);
+    return params;
+  }
+  static ConversionParams TableNamed(const Name& table) {
+    ConversionParams params = Named({}, {}, table);
+    params.nActiveMethod = params.nMethodMask = METHOD_CUSTOM_TABLE;
+    return params;
+  }
+
+  const Folder folder{"qv_change_test"};
+  const Bytes linear_profile = RgbProfile(1.0), dark_profile = RgbProfile(2.6);
+  const Name linear = folder.Write("linear.icc", linear_profile), dark = folder.Write("dark.icc", dark_profile);
+  const Name srgb = Name(QV_RES) / "srgb.icc", nowhere = folder.In("nowhere");
+  const Name text = folder.Write("text", Bytes(200, 'x'));
+  const IccMemoryProfile memory = {16, linear_profile.data(), static_cast<uint32_t>(linear_profile.size())};
+  const IccMemoryProfile dark_memory = {16, dark_profile.data(), static_cast<uint32_t>(dark_profile.size())};
+};
+
+TEST_F(Changes, CheckTheirArgumentsInOrder) {
+  const ConverterPtr converter = MakeConverter(CS_RGB, CS_CMYK);
+  GuardedBuffer short_record(sizeof(ConversionParams) - 1), short_narrow(sizeof(ConversionParamsA) - 1);
+  GuardedBuffer narrow(sizeof(ConversionParamsA)), short_handle(1711), forged(1712);
+  const auto* unreadable = reinterpret_cast<const ConversionParams*>(short_record.data());
+  auto* const no_handle = reinterpret_cast<ColorConverter*>(short_handle.data());
+  auto* const no_converter = reinterpret_cast<ColorConverter*>(forged.data());
+  std::memcpy(forged.data(), converter.get(), 1712);
+  const ConversionParams nothing{};  // its size field is not looked at
+  EXPECT_EQ(Q_ClrSetConversionParams(nullptr, unreadable), ERR_INV_PARAMETER);
+  EXPECT_EQ(Q_ClrSetConversionParams(no_handle, nullptr), ERR_INV_PARAMETER);
+  EXPECT_EQ(Q_ClrSetConversionParams(no_converter, unreadable), ERR_BAD_POINTER);
+  EXPECT_EQ(Q_ClrSetConversionParams(no_handle, &nothing), ERR_BAD_POINTER);
+  EXPECT_EQ(Q_ClrSetConversionParams(no_converter, &nothing), ERR_INV_CONVERTER);
+  EXPECT_EQ(Q_ClrSetConversionParams(converter.get(), unreadable), ERR_BAD_POINTER);
+  EXPECT_EQ(Q_ClrSetConversionParams(converter.get(), &nothing), SUCCESS);
+
+  const auto* narrow_record = reinterpret_cast<const ConversionParamsA*>(narrow.data());
+  const auto* short_one = reinterpret_cast<const ConversionParamsA*>(short_narrow.data());
+  EXPECT_EQ(Q_ClrSetConversionParamsA(nullptr, short_one), ERR_INV_PARAMETER);
+  EXPECT_EQ(Q_ClrSetConversionParamsA(converter.get(), nullptr), ERR_INV_PARAMETER);
+  EXPECT_EQ(Q_ClrSetConversionParamsA(no_converter, short_one), ERR_BAD_POINTER);
+  EXPECT_EQ(Q_ClrSetConversionParamsA(no_handle, narrow_record), ERR_BAD_POINTER);
+  EXPECT_EQ(Q_ClrSetConversionParamsA(no_converter, narrow_record), ERR_INV_CONVERTER);
+  EXPECT_EQ(Q_ClrSetConversionParamsA(converter.get(), narrow_record), SUCCESS);
+}
+
+// What no bit selects is not read.
+TEST_F(Changes, TestSubRecordsOnlyOfTheirOwnBits) {
+  GuardedBuffer none(1);
+  CmykParams cmyk = {11, 0, 0};
+  Space1Params yuv = {.uStructSize = 43};
+  LabParams lab = {.uStructSize = 31};
+  ConversionParams unreadable{}, wrong_size{};
+  unreadable.pCmykParams = reinterpret_cast<const CmykParams*>(none.data());
+  unreadable.pSpace1Params = reinterpret_cast<const Space1Params*>(none.data());
+  unreadable.pLabParams = reinterpret_cast<const LabParams*>(none.data());
+  unreadable.pWhitePoint = reinterpret_cast<const WhitePointParams*>(none.data());
+  wrong_size.pCmykParams = &cmyk;
+  wrong_size.pSpace1Params = &yuv;
+  wrong_size.pLabParams = &lab;
+  for (const auto& [space, bit] : {std::pair{CS_CMYK, CHANGE_CMYK}, {CS_YUV, CHANGE_SPACE1}, {CS_LAB, CHANGE_LAB}}) {
+    const ConverterPtr converter = MakeConverter(space, CS_RGB), other = MakeConverter(CS_HSV, CS_RGB);
+    const Bytes before = Pixels(converter);
+    EXPECT_EQ(Set(converter, ~127u, unreadable), SUCCESS) << "no such changes";
+    EXPECT_EQ(Set(converter, static_cast<uint32_t>(bit), unreadable), ERR_BAD_POINTER) << bit;
+    EXPECT_EQ(Set(converter, static_cast<uint32_t>(bit), wrong_size), ERR_INV_STRUCT_SIZE) << bit;
+    EXPECT_EQ(Set(converter, static_cast<uint32_t>(bit)), ERR_INV_PARAMETER) << bit;
+    EXPECT_EQ(Set(other, static_cast<uint32_t>(bit), unreadable), ERR_UNSUPPORTED_METHOD) << bit;
+    EXPECT_EQ(Set(converter, CHANGE_WHITE_POINT, unreadable), ERR_BAD_POINTER);
+    EXPECT_EQ(Pixels(converter), before);
+  }
+  const CmykParams* const any = unreadable.pCmykParams;
+  const Space1Params good = {.uStructSize = 44};
+  const ConverterPtr converter = MakeConverter(CS_RGB, CS_YUV);
+  EXPECT_EQ(Set(converter, CHANGE_SPACE1, {.pSpace1Params = &good}), ERR_INV_PARAMETER) << "a null CMYK record";
+  EXPECT_EQ(Set(converter, CHANGE_SPACE1, {.pCmykParams = any}), ERR_INV_PARAMETER);
+  EXPECT_EQ(Set(converter, CHANGE_SPACE1, {.pCmykParams = any, .pSpace1Params = &good}), SUCCESS) << "it is not read";
+}
+
+TEST_F(Changes, GiveWhatAFreshConverterGives) {
+  Bytes luma(256), falling(256);
+  for (size_t i = 0; i < 256; ++i) luma[i] = static_cast<uint8_t>(i / 2), falling[i] = static_cast<uint8_t>(255 - i);
+  const CmykParams black = {12, 300, 0}, blacker = {12, 900, 0}, taken = {12, 900, 1}, not_taken = {12, 900, ~1u};
+  const Space1Params yuv = {44, 0, 200, 100, 210, 105, luma.data(), 256, 240, {}};
+  const Space1Params other_yuv = {44, 0, 300, 150, 310, 155, falling.data(), 256, 250, {}};
+  const LabParams lab = {32, 0, 5, 110, 100, 150, 90, 180}, other_lab = {32, 0, 9, 120, 110, 250, 120, 260};
+  const auto flagged = [](auto record, uint32_t flags) {
+    record.nFlags = flags;
+    return record;
+  };
+  const Space1Params spans = flagged(other_yuv, 1 | 8);
+  const Space1Params spans_result = {44, 0, 300, 100, 210, 155, luma.data(), 256, 240, {}};
+  const Space1Params others = flagged(other_yuv, 2 | 4 | 64);
+  const Space1Params others_result = {44, 0, 200, 150, 310, 105, luma.data(), 256, 250, {}};
+  const Space1Params table = flagged(other_yuv, 16);
+  const Space1Params table_result = {44, 0, 200, 100, 210, 105, falling.data(), 256, 240, {}};
+  const Space1Params no_luma = {44, 0, 200, 100, 210, 105, nullptr, 0, 240, {}}, whole_table = flagged(other_yuv, 48);
+  const LabParams offsets = flagged(other_lab, 1 | 4 | 32), offsets_result = {32, 0, 9, 110, 110, 150, 90, 260};
+  const LabParams ranges = flagged(other_lab, 2 | 8 | 16), ranges_result = {32, 0, 5, 120, 100, 250, 120, 180};
+  const WhitePointParams d65 = {65, 0, 0}, custom = {0, 0.4476, 0.4074};
+
+  constexpr uint32_t kFormula = METHOD_FORMULA;
+  const auto with_cmyk = [](const CmykParams* record) {
+    ConversionParams params = Params(kFormula);
+    params.pCmykParams = record;
+    return params;
+  };
+  const auto with_yuv = [&](const Space1Params* record) {
+    ConversionParams params = with_cmyk(&black);
+    params.pSpace1Params = record;
+    return params;
+  };
+  const auto with_lab = [](const LabParams* record) {
+    ConversionParams params = Params(kFormula);
+    params.pLabParams = record;
+    return params;
+  };
+  const auto with_white = [](ConversionParams params, const WhitePointParams* white) {
+    params.pWhitePoint = white;
+    return params;
+  };
+  const ConversionParams icc = Params(METHOD_ICC), by_srgb = Named(srgb), by_dark = Named(dark, linear);
+  const Bytes entries = ReadResource("cmyk_rgb.et"), lab_entries = ReadResource("rgb_lab.et");
+  const Name built_in = folder.Write("cmyk.tif", TiffOf(entries)), zeros = folder.Write("0.tif", TiffOf(Bytes(3)));
+  const Name built_in_lab = folder.Write("lab.tif", TiffOf(lab_entries));
+  const Name ends_early = folder.Write("early.tif", TiffOf(Bytes(entries.size() - 6, 77), entries.size() / 3));
+  const ConversionParams empty_table = TableNamed(zeros), full_table = TableNamed(built_in);
+
+  const struct {
+    const char* what;
+    uint32_t src, dst, bits;
+    ConversionParams start, change, fresh;
+  } kCases[] = {
+      {"black", CS_RGB, CS_CMYK, 16, with_cmyk(&black), with_cmyk(&taken), with_cmyk(&blacker)},
+      {"without its flag", CS_BGR, CS_CMYK, 16, with_cmyk(&black), with_cmyk(&not_taken), with_cmyk(&black)},
+      {"first record", CS_RGB, CS_CMYK, 16, with_cmyk(nullptr), with_cmyk(&not_taken), with_cmyk(&blacker)},
+      {"YUV U", CS_RGB, CS_YUV, 32, with_yuv(&yuv), with_yuv(&spans), with_yuv(&spans_result)},
+      {"YUV others", CS_YUV, CS_RGB, 32, with_yuv(&yuv), with_yuv(&others), with_yuv(&others_result)},
+      {"luma bytes", CS_BGR, CS_YUV, 32, with_yuv(&yuv), with_yuv(&table), with_yuv(&table_result)},
+      {"luma uncounted", CS_YUV, CS_RGB, 32, with_yuv(&no_luma), with_yuv(&table), with_yuv(&no_luma)},
+      {"luma counted", CS_YUV, CS_RGB, 32, with_yuv(&no_luma), with_yuv(&whole_table), with_yuv(&table_result)},
+      {"first YUV", CS_RGB, CS_YUV, 32, with_yuv(nullptr), with_yuv(&other_yuv), with_yuv(&other_yuv)},
+      {"Lab", CS_LAB, CS_RGB, 64, with_lab(&lab), with_lab(&offsets), with_lab(&offsets_result)},
+      {"Lab others", CS_LAB, CS_BGR, 64, with_lab(&lab), with_lab(&ranges), with_lab(&ranges_result)},
+      {"Lab, other way", CS_RGB, CS_LAB, 64, with_lab(&lab), with_lab(&ranges), with_lab(&lab)},
+      {"Lab, none, other way", CS_RGB, CS_LAB, 64, with_lab(nullptr), with_lab(&ranges), with_lab(nullptr)},
+      {"white", CS_RGB, CS_LAB, 4, icc, with_white(icc, &d65), with_white(icc, &d65)},
+      {"white back", CS_CMYK, CS_BGR, 4, with_white(icc, &d65), with_white(icc, &custom), with_white(icc, &custom)},
+      {"custom white", CS_RGB, CS_LAB, 4, by_srgb, with_white(icc, &custom), with_white(by_srgb, &custom)},
+      {"white and names", CS_RGB, CS_CMY, 6, by_srgb, with_white(Named(dark), &d65), with_white(Named(dark), &d65)},
+      {"names", CS_RGB, CS_BGR, 2, Named(linear, dark), by_dark, by_dark},
+      {"one name", CS_RGB, CS_BGR, 2, by_dark, Named({}, dark), Named({}, dark)},
+      {"equal sides", CS_RGB, CS_RGB, 2, by_dark, Named(linear, dark), Named(linear, dark)},
+      {"table", CS_CMYK, CS_RGB, 8, empty_table, full_table, full_table},
+      {"table", CS_CMYK, CS_BGR, 8, empty_table, full_table, full_table},
+      {"table", CS_RGB, CS_LAB, 8, empty_table, TableNamed(built_in_lab), TableNamed(built_in_lab)},
+      {"no file", CS_CMYK, CS_RGB, 8, full_table, TableNamed(nowhere), empty_table},
+      {"no table", CS_CMYK, CS_RGB, 8, full_table, TableNamed(text), empty_table},
+      {"ends early", CS_CMYK, CS_RGB, 8, full_table, TableNamed(ends_early), empty_table},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(testing::Message() << c.what << ": " << c.src << " to " << c.dst);
+    const ConverterPtr wide = MakeConverter(c.src, c.dst, c.start), narrow = MakeConverter(c.src, c.dst, c.start);
+    const Bytes expected = Pixels(MakeConverter(c.src, c.dst, c.fresh)), before = Pixels(wide);
+    EXPECT_EQ(before == expected, std::memcmp(&c.start, &c.fresh, sizeof c.start) == 0) << "the case shows nothing";
+    ConversionParams change = c.change;
+    change.uStructSize = 0;
+    change.nMethodMask = c.bits;
+    EXPECT_EQ(Set(wide, c.bits, change), SUCCESS);
+    EXPECT_EQ(SetNarrow(narrow, change), SUCCESS);
+    EXPECT_EQ(Pixels(wide), expected);
+    EXPECT_EQ(Pixels(narrow), expected);
+  }
+}
+
+TEST_F(Changes, OfTheMethodAreTestedForFourOfThem) {
+  ConversionParams params = Params(METHOD_FORMULA);
+  params.nMethodMask = METHOD_FORMULA | METHOD_ICC;
+  const ConverterPtr converter = MakeConverter(CS_RGB, CS_CMYK, params);
+  const Bytes formula = Pixels(converter), icc = Pixels(MakeConverter(CS_RGB, CS_CMYK, Params(METHOD_ICC)));
+  for (const uint32_t method : {4u, 8u}) EXPECT_EQ(Activate(converter, method), ERR_UNSUPPORTED_METHOD);
+  EXPECT_EQ(Pixels(converter), formula);
+  EXPECT_EQ(Activate(converter, METHOD_ICC), SUCCESS);
+  EXPECT_EQ(Pixels(converter), icc);
+  for (const uint32_t method : {0u, 3u, 32u, 77u, 0x80000000u}) {
+    EXPECT_EQ(Activate(converter, method), SUCCESS) << method;
+    EXPECT_EQ(ConversionStatus(converter), ERR_UNSUPPORTED_METHOD) << method;
+  }
+  const ConverterPtr two_steps = MakeConverter(CS_HSV, CS_CMYK);
+  EXPECT_EQ(Activate(two_steps, 77), SUCCESS);
+  EXPECT_EQ(ConversionStatus(two_steps), SUCCESS) << "no method is asked for there";
+}
+
+TEST_F(Changes, OfTheWhitePointRebuildOnlyForTheActiveMethod) {
+  const WhitePointParams d65 = {65, 0, 0}, impossible = {0, 0.3, 0};
+  ConversionParams params = Params(METHOD_FORMULA);
+  params.nMethodMask = METHOD_FORMULA | METHOD_ICC;
+  const ConverterPtr converter = MakeConverter(CS_RGB, CS_LAB, params);
+  EXPECT_EQ(Set(converter, CHANGE_WHITE_POINT), ERR_INV_PARAMETER);
+  EXPECT_EQ(Set(converter, CHANGE_WHITE_POINT, {.pWhitePoint = &impossible}), SUCCESS) << "the formulas have no use";
+  EXPECT_EQ(Activate(converter, METHOD_ICC), SUCCESS);
+  const Bytes d50_lab = Pixels(MakeConverter(CS_RGB, CS_LAB, Params(METHOD_ICC)));
+  EXPECT_EQ(Pixels(converter), d50_lab) << "nothing was made anew";
+  EXPECT_EQ(Activate(converter, 16), SUCCESS);
+  EXPECT_EQ(Set(converter, CHANGE_WHITE_POINT), SUCCESS) << "the record is not read";
+
+  EXPECT_EQ(Set(converter, CHANGE_ACTIVE_METHOD | CHANGE_WHITE_POINT, {.nActiveMethod = 2, .pWhitePoint = &impossible}),
+            ERR_INV_PARAMETER);
+  EXPECT_EQ(ConversionStatus(converter), ERR_UNSUPPORTED_METHOD) << "the transform is gone";
+  EXPECT_EQ(Set(converter, CHANGE_WHITE_POINT, {.pWhitePoint = &d65}), SUCCESS);
+  EXPECT_NE(Pixels(converter), d50_lab);
+
+  // With new names the transform is made of these; without, of those that were.
+  const Name gone = folder.Write("gone.icc", linear_profile);
+  const ConverterPtr custom = MakeConverter(CS_RGB, CS_LAB, Named(gone)),
+                     other = MakeConverter(CS_RGB, CS_LAB, Named(gone));
+  std::filesystem::remove(gone);
+  ConversionParams change = Named(dark);
+  change.pWhitePoint = &d65;
+  EXPECT_EQ(Set(custom, CHANGE_WHITE_POINT, change), ERR_PROFILE_NAME);
+  EXPECT_EQ(ConversionStatus(custom), ERR_UNSUPPORTED_METHOD);
+  EXPECT_EQ(Set(other, CHANGE_WHITE_POINT | CHANGE_PROFILES, change), SUCCESS);
+  EXPECT_EQ(ConversionStatus(other), SUCCESS);
+}
+
+TEST_F(Changes, OfProfilesFailAsCreationAndKeepTheFormulas) {
+  ConversionParams params = Named(linear, dark);
+  params.nMethodMask |= METHOD_FORMULA;
+  const ConverterPtr converter = MakeConverter(CS_RGB, CS_BGR, params);
+  const Bytes custom = Pixels(converter), formula = Pixels(MakeConverter(CS_RGB, CS_BGR));
+  ConversionParams unterminated = Named(linear, dark);
+  std::ranges::fill(unterminated.sDestProfileName, QWChar{'n'});
+  const struct {
+    const char* what;
+    ConversionParams change;
+    int32_t status;
+  } kCases[] = {{"no names", Named({}), ERR_PROFILE_NAME},
+                {"no file", Named(linear, nowhere), ERR_PROFILE_NAME},
+                {"no end", unterminated, ERR_PROFILE_NAME},
+                {"a text", Named(text, dark), ERR_PROFILE_OPEN},
+                {"another space", Named(linear, Name(QV_RES) / "cmy.icc"), ERR_PROFILE_OPEN}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(Set(converter, CHANGE_PROFILES, c.change), c.status);
+    EXPECT_EQ(ConversionStatus(converter), ERR_UNSUPPORTED_METHOD);
+    EXPECT_EQ(Activate(converter, METHOD_FORMULA), SUCCESS);
+    EXPECT_EQ(Pixels(converter), formula);
+    EXPECT_EQ(Activate(converter, METHOD_CUSTOM_ICC), SUCCESS);
+    EXPECT_EQ(Set(converter, CHANGE_PROFILES, params), SUCCESS);
+    EXPECT_EQ(Pixels(converter), custom);
+  }
+  for (const auto& [src, dst] : {std::pair{CS_RGB, CS_HSV}, {CS_LAB, CS_CMYK}, {CS_HLS, CS_HLS}}) {
+    const ConverterPtr unserved = MakeConverter(src, dst);
+    const Bytes before = Pixels(unserved);
+    EXPECT_EQ(Set(unserved, CHANGE_PROFILES, params), ERR_UNSUPPORTED_COLORSPACE);
+    EXPECT_EQ(Pixels(unserved), before);
+  }
+}
+
+TEST_F(Changes, OfProfilesKeepTheOneInMemoryWhereThereIsNoName) {
+  ConversionParams params = Named(dark);  // the name is of no account beside the memory
+  params.pSourceProfileMemory = &memory;
+  params.pDestProfileMemory = &dark_memory;
+  const ConverterPtr converter = MakeConverter(CS_RGB, CS_BGR, params);
+  EXPECT_EQ(Pixels(converter), Pixels(MakeConverter(CS_RGB, CS_BGR, Named(linear, dark))));
+  EXPECT_EQ(Set(converter, CHANGE_PROFILES, Named({})), SUCCESS);
+  EXPECT_EQ(Pixels(converter), Pixels(MakeConverter(CS_RGB, CS_BGR, Named(linear, dark))));
+  EXPECT_EQ(Set(converter, CHANGE_PROFILES, Named(srgb)), SUCCESS);
+  EXPECT_EQ(Pixels(converter), Pixels(MakeConverter(CS_RGB, CS_BGR, Named(srgb, dark))));
+  EXPECT_EQ(Set(converter, CHANGE_PROFILES, Named({}, linear)), SUCCESS) << "the source's memory is gone";
+  EXPECT_EQ(Pixels(converter), Pixels(MakeConverter(CS_RGB, CS_BGR, Named({}, linear))));
+}
+
+// Only these pairs are given a new table; the others lose theirs.
+TEST_F(Changes, OfTheTableReleaseIt) {
+  const Name table = folder.Write("table.tif", TiffOf(ReadResource("lab_rgb.et")));
+  for (const auto& [src, dst, status] : {std::tuple{CS_BGR, CS_LAB, ERR_UNSUPPORTED_METHOD},
+                                         {CS_LAB, CS_RGB, ERR_UNSUPPORTED_METHOD},
+                                         {CS_LAB, CS_BGR, ERR_UNSUPPORTED_METHOD},
+                                         {CS_CMY, CS_RGB, SUCCESS},
+                                         {CS_RGB, CS_CMYK, SUCCESS}}) {
+    const ConverterPtr converter = MakeConverter(src, dst, TableNamed(table));
+    EXPECT_EQ(ConversionStatus(converter), SUCCESS);
+    EXPECT_EQ(Set(converter, CHANGE_TABLE, TableNamed(table)), SUCCESS);
+    EXPECT_EQ(ConversionStatus(converter), status) << src << " to " << dst;
+  }
+  // A converter that was made without the method can be given its table.
+  const ConverterPtr converter = MakeConverter(CS_CMYK, CS_RGB);
+  EXPECT_EQ(Activate(converter, METHOD_CUSTOM_TABLE), SUCCESS);
+  EXPECT_EQ(ConversionStatus(converter), ERR_UNSUPPORTED_METHOD);
+  EXPECT_EQ(Set(converter, CHANGE_TABLE, TableNamed(table)), SUCCESS);
+  EXPECT_EQ(Pixels(converter), Pixels(MakeConverter(CS_CMYK, CS_RGB, TableNamed(table))));
+}
+
+TEST_F(Changes, OfEqualSpacesLeaveACopier) {
+  const CmykParams black = {12, 900, 0};
+  const WhitePointParams d65 = {65, 0, 0};
+  ConversionParams change = Named(Name(QV_RES) / "cmyk.icc");
+  change.pCmykParams = &black;
+  change.pWhitePoint = &d65;
+  const ConverterPtr cmyk = MakeConverter(CS_CMYK, CS_CMYK), unknown = MakeConverter(200, 200);
+  const Bytes source = Pixels(cmyk);
+  for (const uint32_t method : {1u, 2u, 4u, 8u}) EXPECT_EQ(Activate(cmyk, method), ERR_UNSUPPORTED_METHOD);
+  for (const uint32_t method : {16u, 32u, 77u}) EXPECT_EQ(Activate(cmyk, method), SUCCESS);
+  EXPECT_EQ(Set(cmyk, CHANGE_CMYK | CHANGE_WHITE_POINT | CHANGE_PROFILES | CHANGE_TABLE, change), SUCCESS);
+  EXPECT_EQ(Set(cmyk, CHANGE_SPACE1, change), ERR_UNSUPPORTED_METHOD);
+  EXPECT_EQ(Pixels(cmyk), source);
+  EXPECT_EQ(Set(unknown, CHANGE_CMYK, change), ERR_UNSUPPORTED_METHOD);
+  EXPECT_EQ(Set(unknown, CHANGE_PROFILES, change), ERR_UNSUPPORTED_COLORSPACE);
+  EXPECT_EQ(Set(unknown, CHANGE_WHITE_POINT | CHANGE_TABLE, change), SUCCESS);
+  EXPECT_EQ(ConversionStatus(unknown), ERR_UNSUPPORTED_COLORSPACE);
+}
+
+}  // namespace
