@@ -310,6 +310,161 @@ Q_EXPORTED int32_t Q_ClrConvertDirectToBitmap(uint32_t nSrcSpace, uint32_t nDstS
 /* Releases the lines of a filled bitmap and clears the record. Null: -13; not writable: -60; uStructSize: -789. */
 Q_EXPORTED int32_t Q_FreeBitmap(BitmapHandle* pBitmap);
 
+/* ---- ICC profiles (ICC.1:2010, version 4) ----
+ *
+ * A record is made by Q_InitICCProfile, filled by a Q_FillICCProfile... function or by Q_InitICCHeader, the setters and
+ * Q_SetICCTagData, turned into bytes by Q_GenerateICCPointer, and released by Q_FreeICCProfile. Signatures are numbers
+ * whose big-endian bytes are their four characters: 'acsp' is 0x61637370. In these functions -1 stands for memory. A
+ * record belongs to one thread at a time. */
+#pragma pack(push, 1)
+typedef struct IccDateTime {
+  uint16_t year, month, day, hours, minutes, seconds;
+} IccDateTime;
+
+/* The header of a profile, its numbers in host order. 128 bytes, at the places of ICC.1 7.2. */
+typedef struct IccHeader {
+  uint32_t profileSize;     /* of the whole profile in bytes */
+  uint32_t cmmType;         /* preferred colour engine */
+  uint32_t version;         /* 0x04200000 is 4.2.0 */
+  uint32_t deviceClass;     /* 'mntr' ... */
+  uint32_t colorSpace;      /* 'RGB ' ... */
+  uint32_t connectionSpace; /* 'XYZ ' or 'Lab '; of a device link any colour space */
+  IccDateTime dateTime;     /* of its making */
+  uint32_t signature;       /* 'acsp' */
+  uint32_t platform;        /* 'APPL', 'MSFT', 'SGI ', 'SUNW' or 0 */
+  uint32_t flags;           /* 1: embedded; 2: not to be used without the embedding image */
+  uint32_t manufacturer, model;
+  uint64_t attributes;      /* 1: transparency; 2: matte; 4: negative; 8: black and white */
+  uint32_t renderingIntent; /* 0 perceptual, 1 relative colorimetric, 2 saturation, 3 absolute colorimetric */
+  uint32_t illuminant[3];   /* X, Y, Z of the connection space, s15Fixed16 */
+  uint32_t creator;
+  uint8_t profileId[16];
+  uint8_t reserved[28];
+} IccHeader;
+
+typedef struct IccTagEntry {
+  uint32_t signature;
+  uint32_t offset; /* from the begin of the profile */
+  uint32_t size;   /* in bytes, without padding */
+} IccTagEntry;
+
+/* 56 bytes; the caller's, but what the pointers point to is the library's. The data area is what follows the table in
+ * the profile: a tag lies at tagData + offset - (132 + 12 * tagCount). While tagCount is 0 (or negative as a signed
+ * number) tagTable and tagData mean nothing. */
+typedef struct IccProfileRecord {
+  uint32_t structSize;      /* 56 */
+  uint64_t profileByteSize; /* of profileBytes */
+  uint64_t tagDataSize;     /* of tagData */
+  IccHeader* header;
+  uint32_t tagCount;
+  IccTagEntry* tagTable;
+  uint8_t* tagData;
+  uint8_t* profileBytes; /* the whole profile as it was read or generated last */
+} IccProfileRecord;
+
+/* Every structure of a tag opens with these two words. Q_GetICCTagData gives numbers in host order; in what
+ * Q_CreateICCTagData makes, every number is in file order (big-endian) and reserved is 0. Arrays belong to the
+ * structure until Q_FreeICCTagType. */
+
+/* Any type that is not decoded. 20 bytes. */
+typedef struct IccUnknownTagType {
+  uint32_t typeSignature;
+  uint32_t reserved;
+  uint8_t* data;     /* the bytes of the tag behind its first eight */
+  uint32_t dataSize; /* in host order always */
+} IccUnknownTagType;
+#pragma pack(pop)
+
+/* Zeroes the first `size` bytes of a record and sets structSize. Releases nothing. Null, or a size above 56: -13. */
+Q_EXPORTED int32_t Q_InitICCProfile(IccProfileRecord* pProfile, uint32_t size);
+
+/* Releases what the record holds and clears its pointers; its numbers stay. Only Q_InitICCProfile makes it usable
+ * again. */
+Q_EXPORTED void Q_FreeICCProfile(IccProfileRecord* pProfile);
+
+/* Gives a fresh record a header: version 4.2.0, 'acsp', the D50 illuminant, a size of 132, and 0 elsewhere. An existing
+ * header is reset. Null: -13; memory: -1. */
+Q_EXPORTED int32_t Q_InitICCHeader(IccProfileRecord* pProfile);
+
+/* Setters of the header. A null record, a record without header, or a value that is not accepted: -13. */
+Q_EXPORTED int32_t Q_SetICCCMMType(IccProfileRecord* pProfile, uint32_t value);
+Q_EXPORTED int32_t Q_SetICCDeviceClass(IccProfileRecord* pProfile, uint32_t value); /* a class of ICC.1 7.2.5 */
+Q_EXPORTED int32_t Q_SetICCColorSpace(IccProfileRecord* pProfile, uint32_t value);  /* a space of ICC.1 7.2.6 */
+/* 'XYZ ' or 'Lab '; after class 'link', any colour space. The class must have been set. */
+Q_EXPORTED int32_t Q_SetICCConnectionSpace(IccProfileRecord* pProfile, uint32_t value);
+Q_EXPORTED int32_t Q_SetICCDateTime(IccProfileRecord* pProfile, const IccDateTime* pDateTime); /* null: -13 */
+Q_EXPORTED int32_t Q_SetICCPrimaryPlatform(IccProfileRecord* pProfile, uint32_t value);        /* the four or 0 */
+Q_EXPORTED int32_t Q_SetICCFlags(IccProfileRecord* pProfile, uint32_t value);                  /* keeps bits 1 and 2 */
+Q_EXPORTED int32_t Q_SetICCDevManufacturer(IccProfileRecord* pProfile, uint32_t value);
+Q_EXPORTED int32_t Q_SetICCDevModel(IccProfileRecord* pProfile, uint32_t value);
+Q_EXPORTED int32_t Q_SetICCDeviceAttributes(IccProfileRecord* pProfile, uint64_t value); /* keeps bits 1 to 8 */
+Q_EXPORTED int32_t Q_SetICCRenderingIntent(IccProfileRecord* pProfile, uint32_t value);  /* 0 to 3 */
+Q_EXPORTED int32_t Q_SetICCCreator(IccProfileRecord* pProfile, uint32_t value);
+/* Clears the profile ID. Without a header: 1, and nothing is done. */
+Q_EXPORTED int32_t Q_SetICCProfileId(IccProfileRecord* pProfile);
+
+/* The type signature of the first tag of this signature (not a status); 0 when there is none or its bytes lie outside
+ * of the data area. */
+Q_EXPORTED uint32_t Q_GetICCTagTypeSig(const IccProfileRecord* pProfile, uint32_t tagSignature);
+
+/* Reading and writing tags. The work is done also when the status is
+ * ERR_ICC_PRIVATE_TAG (the signature is not a registered one), ERR_ICC_UNKNOWN_TAG_TYPE (the type is not decoded: the
+ * structure is an IccUnknownTagType) or ERR_ICC_PRIVATE_TAG_UNKNOWN_TYPE (both). The structure is that of the type.
+ *
+ * Get: the first tag of the signature. Null: -13; none: -37; bytes outside of the data area: -1153; memory: -1.
+ * Set: appends a tag, even to others of its signature, from a structure in host order; typeSignature tells the type.
+ * Null, no header, or an array that is null or not readable for its count: -13; memory, or a profile above 4 GiB: -1.
+ */
+Q_EXPORTED int32_t Q_GetICCTagData(const IccProfileRecord* pProfile, void* pTag, uint32_t tagSignature);
+Q_EXPORTED int32_t Q_SetICCTagData(IccProfileRecord* pProfile, const void* pTag, uint32_t tagSignature,
+                                   uint32_t typeSignature);
+
+/* A deep copy in file order of a structure in host order. Null: -13; memory: -1; a type that is not decoded: the copy
+ * is made and -1151 returned. */
+Q_EXPORTED int32_t Q_CreateICCTagData(void* pDst, const void* pSrc, uint32_t typeSignature);
+
+/* Releases the arrays of a structure and clears their pointers; null is allowed. */
+Q_EXPORTED void Q_FreeICCTagType(void* pTag, uint32_t typeSignature);
+
+/* Removes the first tag of the signature and clears the profile ID. With pTag the tag is read first, and removed only
+ * when that returns 1. Another entry that shares its bytes keeps its size and now reaches into what follows (intended);
+ * padding stays. Null, no header or no tags: -13; none of the signature: -37; bytes outside of the data area: -1153;
+ * memory: -1. */
+Q_EXPORTED int32_t Q_DeleteICCTag(IccProfileRecord* pProfile, uint32_t tagSignature, void* pTag);
+
+/* Fills a fresh record from the bytes of a profile of version 4.0 or later. Of its header only the version is tested.
+ * What its size field promises beyond `length` reads as 0. Null or no bytes: -13; an older version, less than 132
+ * bytes, or a tag table that does not fit in them: -1153; a size field that does not cover the tag table, or memory:
+ * -1. */
+Q_EXPORTED int32_t Q_FillICCProfileStructure(IccProfileRecord* pProfile, const void* pBytes, uint32_t length);
+
+/* The same from a file, for versions 4.0.0 and 4.2.0 exactly; of any other version only profileBytes and
+ * profileByteSize are filled (intended). Null: -13; the file cannot be opened: -14, or read: -7; a declared size of 0:
+ * -1153; memory: -1. A narrow name that cannot be converted: -1. */
+Q_EXPORTED int32_t Q_FillICCProfileFromICCFile(const QWChar* pFileName, IccProfileRecord* pProfile);
+Q_EXPORTED int32_t Q_FillICCProfileFromICCFileA(const char* pFileName, IccProfileRecord* pProfile);
+
+/* Makes profileBytes from header, table and data; the reserved bytes of the header become 0. Null or no header: -13; a
+ * header whose profileSize is not the sum of the parts, or less data than the record claims: -1153; memory: -1. */
+Q_EXPORTED int32_t Q_GenerateICCPointer(IccProfileRecord* pProfile);
+
+/* Writes profileBytes as it stands; an existing file is replaced. Null: -13; profileBytes that is shorter than
+ * profileByteSize: -1153; the file cannot be opened: -14, or written: -5. A narrow name that cannot be converted: -1.
+ */
+Q_EXPORTED int32_t Q_GenerateICCFile(IccProfileRecord* pProfile, const QWChar* pFileName);
+Q_EXPORTED int32_t Q_GenerateICCFileA(IccProfileRecord* pProfile, const char* pFileName);
+
+/* Fixed-point numbers. The decoders read unsigned numbers: value / 256 and value / 65536.
+ *
+ * The encoders work digit by digit in base 16, and callers see how (intended): a fraction is appended to the whole part
+ * as up to two (four) digits, the last one rounded without carry, and only a number without fraction is moved to its
+ * place. So 2.0 becomes 0x00020000, but 1.5 becomes 0x18 and 0.1 becomes 0x199A; the fraction of a negative number is
+ * dropped. */
+Q_EXPORTED double Q_U8Fixed8NumberToDouble(uint16_t value);
+Q_EXPORTED uint16_t Q_DoubleToU8Fixed8Number(double value);
+Q_EXPORTED double Q_2bFixed2bNumberToDouble(uint32_t value);
+Q_EXPORTED uint32_t Q_DoubleTo2bFixed2bNumber(double value);
+
 #ifdef __cplusplus
 }
 #endif

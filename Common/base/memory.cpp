@@ -64,7 +64,7 @@ void* Obtain(size_t bytes, Form form, const Where& where) {
   return entry + 1;
 }
 
-void* Resize(void* block, size_t bytes, Form form, const Where& where) {
+void* ResizeForm(void* block, size_t bytes, Form form, const Where& where) {
   if (!block) return Obtain(bytes, form, where);
   const size_t whole = Sum(bytes, sizeof(Entry));
   if (whole == SIZE_MAX) return nullptr;
@@ -98,15 +98,20 @@ void GiveBack(void* block, Form form) {
 void* Allocate(size_t size, size_t count, Where where) {
   return allocation_faults.Strikes() ? nullptr : Obtain(Product(size, count), Form::kBlock, where);
 }
+void* Resize(void* block, size_t bytes, Where where) {
+  return allocation_faults.Strikes() ? nullptr : ResizeForm(block, bytes, Form::kBlock, where);
+}
 void Release(void* block) { GiveBack(block, Form::kBlock); }
 
 void* AllocateImage(size_t size, Where where) {
   return allocation_faults.Strikes() ? nullptr : Obtain(size, Form::kImage, where);
 }
 void* ResizeImage(void* image, size_t size, Where where) {
-  return allocation_faults.Strikes() ? nullptr : Resize(image, size, Form::kImage, where);
+  return allocation_faults.Strikes() ? nullptr : ResizeForm(image, size, Form::kImage, where);
 }
 void ReleaseImage(void* image) { GiveBack(image, Form::kImage); }
+
+size_t BytesOf(const void* block) { return block ? (static_cast<const Entry*>(block) - 1)->bytes : 0; }
 
 LedgerTotals Ledger() {
   const std::lock_guard lock(ledger.mutex);

@@ -19,6 +19,8 @@ struct Where {
 };
 
 [[nodiscard]] void* Allocate(size_t size, size_t count, Where where = Where::Here());
+// Null stands for a new block. A failed resizing leaves the block as it was.
+[[nodiscard]] void* Resize(void* block, size_t bytes, Where where = Where::Here());
 void Release(void* block);
 
 // The second form, for profile byte images: its blocks can grow (the new bytes are zero), and are released by their own
@@ -26,6 +28,8 @@ void Release(void* block);
 [[nodiscard]] void* AllocateImage(size_t size, Where where = Where::Here());
 [[nodiscard]] void* ResizeImage(void* image, size_t size, Where where = Where::Here());
 void ReleaseImage(void* image);
+
+size_t BytesOf(const void* block);  // of a live block of either form; 0 for null
 
 struct LedgerTotals {
   size_t blocks;

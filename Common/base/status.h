@@ -9,6 +9,8 @@ namespace qv {
 enum class [[nodiscard]] Status : int32_t{
     kSuccess = SUCCESS,
     kFailure = ERR_FAILURE,
+    kFileWrite = ERR_FILE_WRITE,
+    kFileOpen = ERR_FILE_OPEN,
     kNothingDone = FAILURE,
     kNoMemory = ERR_NO_MEMORY,
     kFileRead = ERR_FILE_READ,
@@ -22,6 +24,10 @@ enum class [[nodiscard]] Status : int32_t{
     kUnsupportedMethod = ERR_UNSUPPORTED_METHOD,
     kProfileOpen = ERR_PROFILE_OPEN,
     kInvalidStructSize = ERR_INV_STRUCT_SIZE,
+    kPrivateTag = ERR_ICC_PRIVATE_TAG,
+    kUnknownTagType = ERR_ICC_UNKNOWN_TAG_TYPE,
+    kPrivateTagUnknownType = ERR_ICC_PRIVATE_TAG_UNKNOWN_TYPE,
+    kInvalidProfile = ERR_ICC_INVALID_PROFILE,
     kInvalidWidthAlignment = ERR_INV_WIDTH_ALIGNMENT,
     kInvalidYuv9Size = ERR_INV_YUV9_SIZE,
 };
