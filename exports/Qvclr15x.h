@@ -373,6 +373,212 @@ typedef struct IccUnknownTagType {
   uint8_t* data;     /* the bytes of the tag behind its first eight */
   uint32_t dataSize; /* in host order always */
 } IccUnknownTagType;
+
+/* 'ui08', 'ui16', 'ui32', 'ui64' (ICC.1 10.24 to 10.27), 'uf32' (u16Fixed16, 10.23), 'sf32' (s15Fixed16, 10.20) and
+ * 'XYZ ' (10.29). 20 bytes. */
+typedef struct IccNumberArrayTagType {
+  uint32_t typeSignature, reserved;
+  void* values;        /* owned: numbers of the type's width; of 'XYZ ' three s15Fixed16 each: X, Y, Z */
+  uint32_t valueCount; /* of an 'XYZ ' the triples; by the tag's size */
+} IccNumberArrayTagType;
+
+/* 'sig ' (10.21). A value of fewer than four characters is completed with spaces when it is set. 12 bytes. */
+typedef struct IccSignatureTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t signatureValue;
+} IccSignatureTagType;
+
+/* 'dtim' (10.7). 20 bytes. */
+typedef struct IccDateTimeTagType {
+  uint32_t typeSignature, reserved;
+  IccDateTime dateTime;
+} IccDateTimeTagType;
+
+/* 'view' (10.28). 36 bytes. */
+typedef struct IccViewingConditionsTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t illuminant[3], surround[3]; /* X, Y, Z in cd/m2, s15Fixed16 */
+  uint32_t illuminantType;
+} IccViewingConditionsTagType;
+
+/* 'meas' (10.12). 36 bytes. */
+typedef struct IccMeasurementTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t observer;
+  uint32_t backing[3]; /* X, Y, Z, s15Fixed16 */
+  uint32_t geometry;
+  uint32_t flare; /* u16Fixed16 */
+  uint32_t illuminantType;
+} IccMeasurementTagType;
+
+/* 'text' (10.22). Text is measured in 16-bit units and copied in bytes (intended): of u units before the first zero
+ * unit, u + 1 bytes are set. What is set must hold a 16-bit zero. 16 bytes. */
+typedef struct IccTextTagType {
+  uint32_t typeSignature, reserved;
+  char* text; /* owned; zeros follow */
+} IccTextTagType;
+
+/* 'data' (10.6). ASCII is set with the byte behind its dataLength bytes, which the caller must provide: the tag grows
+ * by one each time it is read and set (intended). 24 bytes. */
+typedef struct IccDataTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t dataFlag; /* 0: ASCII; 1: binary */
+  uint8_t* data;     /* owned; zeros follow */
+  uint32_t dataLength;
+} IccDataTagType;
+
+/* 'curv' (10.5). 20 bytes. */
+typedef struct IccCurveTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t entryCount; /* 0: identity; 1: a gamma, u8Fixed8; else a sampled curve */
+  uint16_t* entries;   /* owned */
+} IccCurveTagType;
+
+/* 'para' (10.16). 20 bytes. */
+typedef struct IccParametricCurveTagType {
+  uint32_t typeSignature, reserved;
+  uint16_t functionType; /* 0 to 4 */
+  uint16_t reserved2;
+  uint32_t* parameters; /* owned, s15Fixed16: 1, 3, 4, 5 or 7 by the function */
+} IccParametricCurveTagType;
+
+/* 'mft1' (10.9) and 'mft2' (10.8). Arrays are of bytes in 'mft1', of 16-bit numbers in 'mft2'. 76 bytes. An 'mft1' tag
+ * of this library has the two counts before its tables, in little-endian order, which ICC.1 does not know (intended):
+ * of a tag from elsewhere the first four bytes of the tables are taken for them. */
+typedef struct IccLutTagType {
+  uint32_t typeSignature, reserved;
+  uint8_t inputChannels, outputChannels, gridPoints, pad;
+  uint32_t matrix[9]; /* by rows, s15Fixed16 */
+  uint16_t inputEntries, outputEntries;
+  void* inputTables;  /* owned: inputChannels x inputEntries */
+  void* clut;         /* owned: gridPoints ^ inputChannels x outputChannels */
+  void* outputTables; /* owned: outputChannels x outputEntries */
+} IccLutTagType;
+
+/* The CLUT of 'mAB ' and 'mBA ' (10.10.6). 32 bytes. */
+typedef struct IccClut {
+  uint8_t gridPoints[16]; /* by input channel */
+  uint8_t precision;      /* bytes of an element: 1 or 2 */
+  uint8_t reserved[3];
+  uint32_t elementCount; /* the product of the grid points, times the output channels; in host order always */
+  void* elements;        /* owned */
+} IccClut;
+
+/* Either by its own signature. */
+typedef union IccCurveElement {
+  IccCurveTagType curve;
+  IccParametricCurveTagType parametric;
+} IccCurveElement;
+
+/* 'mAB ' (10.10) and 'mBA ' (10.11). Null stands for a part that the tag does not have. 52 bytes. */
+typedef struct IccLutAToBTagType {
+  uint32_t typeSignature, reserved;
+  uint8_t inputChannels, outputChannels;
+  uint16_t reserved2;
+  IccCurveElement* bCurves; /* owned, one for each channel of the connection space: outputChannels of 'mAB ',
+                             * inputChannels of 'mBA ' */
+  uint32_t* matrix;         /* owned, twelve s15Fixed16 */
+  IccCurveElement* mCurves; /* owned, as many as B curves */
+  IccClut* clut;            /* owned */
+  IccCurveElement* aCurves; /* owned, one for each channel of the device */
+} IccLutAToBTagType;
+
+/* A text of 'mluc'. 16 bytes. */
+typedef struct IccLocalizedText {
+  uint16_t language, country; /* two characters each: ISO 639-1, ISO 3166-1 */
+  uint32_t textBytes;
+  uint16_t* text; /* owned: UTF-16, textBytes / 2 units; zeros follow */
+} IccLocalizedText;
+
+/* 'mluc' (10.13). 20 bytes. */
+typedef struct IccMultiLocalizedTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t recordCount;
+  IccLocalizedText* records; /* owned */
+} IccMultiLocalizedTagType;
+
+/* 'chrm' (10.2). 20 bytes. */
+typedef struct IccChromaticityTagType {
+  uint32_t typeSignature, reserved;
+  uint16_t channelCount;
+  uint16_t colorantType;
+  uint32_t* coordinates; /* owned: x and y of each channel, u16Fixed16 */
+} IccChromaticityTagType;
+
+/* 'clro' (10.3). 20 bytes. */
+typedef struct IccColorantOrderTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t colorantCount;
+  uint8_t* order; /* owned: numbers of the colorants in laydown order */
+} IccColorantOrderTagType;
+
+typedef struct IccColorant {
+  char name[32];
+  uint16_t pcs[3];
+} IccColorant;
+
+/* 'clrt' (10.4). 20 bytes. */
+typedef struct IccColorantTableTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t colorantCount;
+  IccColorant* colorants; /* owned */
+} IccColorantTableTagType;
+
+typedef struct IccNamedColor {
+  char name[32];
+  uint16_t pcs[3];
+  uint16_t* device; /* owned: deviceChannels coordinates */
+} IccNamedColor;
+
+/* 'ncl2' (10.15). 92 bytes. */
+typedef struct IccNamedColorsTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t vendorFlags;
+  uint32_t colorCount;
+  uint32_t deviceChannels; /* 0: no device coordinates */
+  char prefix[32], suffix[32];
+  IccNamedColor* colors; /* owned */
+} IccNamedColorsTagType;
+
+/* A profile of 'pseq'. Its texts are whole 'mluc' or 'desc' types, as their bytes stand in the tag. 44 bytes. */
+typedef struct IccProfileDescription {
+  uint32_t manufacturer, model;
+  uint64_t attributes;
+  uint32_t technology;
+  uint8_t* manufacturerText; /* owned */
+  uint32_t manufacturerTextBytes;
+  uint8_t* modelText; /* owned */
+  uint32_t modelTextBytes;
+} IccProfileDescription;
+
+/* 'pseq' (10.17). 20 bytes. */
+typedef struct IccProfileSequenceTagType {
+  uint32_t typeSignature, reserved;
+  uint32_t profileCount;
+  IccProfileDescription* profiles; /* owned */
+} IccProfileSequenceTagType;
+
+typedef struct IccResponse {
+  uint16_t deviceCode;
+  uint16_t reserved;
+  uint32_t value; /* s15Fixed16 */
+} IccResponse;
+
+/* The curves of one measurement unit, channel after channel. 28 bytes. */
+typedef struct IccResponseCurves {
+  uint32_t measurementUnit;
+  uint32_t* counts;       /* owned: responses of each channel */
+  uint32_t* maxima;       /* owned: X, Y, Z of each channel's maximum, s15Fixed16 */
+  IccResponse* responses; /* owned: as many as the counts add up to */
+} IccResponseCurves;
+
+/* 'rcs2' (10.19). 20 bytes. */
+typedef struct IccResponseCurveSetTagType {
+  uint32_t typeSignature, reserved;
+  uint16_t channelCount;
+  uint16_t unitCount;
+  IccResponseCurves* units; /* owned */
+} IccResponseCurveSetTagType;
 #pragma pack(pop)
 
 /* Zeroes the first `size` bytes of a record and sets structSize. Releases nothing. Null, or a size above 56: -13. */
@@ -418,6 +624,21 @@ Q_EXPORTED uint32_t Q_GetICCTagTypeSig(const IccProfileRecord* pProfile, uint32_
 Q_EXPORTED int32_t Q_GetICCTagData(const IccProfileRecord* pProfile, void* pTag, uint32_t tagSignature);
 Q_EXPORTED int32_t Q_SetICCTagData(IccProfileRecord* pProfile, const void* pTag, uint32_t tagSignature,
                                    uint32_t typeSignature);
+
+/* What set writes and get fills, beside what the comments of the types say: set writes reserved words and bytes
+ * (`reserved`, `reserved2`, `pad`) as zeros; get leaves out what follows the counted elements of a tag. A function of
+ * 'para' that is not known: -37 from get, -13 from set. Numbers of table elements above 32 bits: -1153. */
+
+/* Parameters of a 'para' function (a count, not a status); 0 for an unknown one. */
+Q_EXPORTED int32_t Q_GetParametricCurveNumberOfParameters(uint32_t functionType);
+
+/* Copy a structure's numbers as they stand in memory into a buffer: the tag's bytes when the structure is in file
+ * order. Null: -13. The buffer's size is not checked: 12 + 2 x entryCount bytes (a 'curv' is recognised in either
+ * order), 12 + 4 x parameters bytes (a 'para' only in host order; of file order, 12: intended), 20 + precision x
+ * elementCount bytes. */
+Q_EXPORTED int32_t Q_ConvertCurveTypeToBuffer(void* pBuffer, const IccCurveTagType* pCurve);
+Q_EXPORTED int32_t Q_ConvertParametricCurveTypeToBuffer(void* pBuffer, const IccParametricCurveTagType* pCurve);
+Q_EXPORTED int32_t Q_ConvertCLUTToBuffer(void* pBuffer, const IccClut* pClut);
 
 /* A deep copy in file order of a structure in host order. Null: -13; memory: -1; a type that is not decoded: the copy
  * is made and -1151 returned. */

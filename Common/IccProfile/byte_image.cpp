@@ -64,7 +64,7 @@ Status ReadTags(IccProfileRecord* record, std::span<const uint8_t> available, ui
   record->tagTable = NewArray<IccTagEntry>(record->tagCount).release();
   if (!record->tagTable) return kFailure;
   ByteReader reader(available);
-  reader.Skip(kTableBegin);
+  reader.Seek(kTableBegin);
   for (IccTagEntry& entry : TagsOf(*record)) {
     entry.signature = static_cast<uint32_t>(reader.Big(4));
     entry.offset = static_cast<uint32_t>(reader.Big(4));
@@ -95,7 +95,7 @@ Status FillFromBytes(IccProfileRecord* record, std::span<const uint8_t> availabl
   ReadHeader(ByteReader(available), record->header);
 
   ByteReader count(available);
-  count.Skip(sizeof(IccHeader));
+  count.Seek(sizeof(IccHeader));
   record->tagCount = static_cast<uint32_t>(count.Big(4));
   return HasTags(*record) ? ReadTags(record, available, length) : kSuccess;
 }

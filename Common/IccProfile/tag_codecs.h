@@ -1,7 +1,7 @@
 // The tag types that are decoded, the registered tag signatures, and what is told of them.
 #pragma once
 
-#include "IccProfile/tag_codec.h"
+#include "IccProfile/tag_walk.h"
 
 namespace qv {
 

@@ -46,9 +46,10 @@ class ByteReader {
     if (bytes != 0) std::memcpy(to, &area_[at_], bytes);
     at_ += bytes;
   }
-  void Skip(size_t bytes) {
-    ok_ = ok_ && Has(bytes, 1);
-    if (ok_) at_ += bytes;
+  size_t At() const { return at_; }
+  void Seek(size_t at) {
+    ok_ = ok_ && at <= area_.size();
+    if (ok_) at_ = at;
   }
 
  private:
