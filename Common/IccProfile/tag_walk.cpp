@@ -173,11 +173,6 @@ TagWalk::Slot TagWalk::OffsetSlot() {
 
 void TagWalk::KeepFree(size_t bytes) { end_ = std::max(end_, cursor_ + bytes); }
 
-bool TagWalk::HasPart(const Slot& slot, size_t at) const {
-  if (!Ok()) return false;
-  return Decodes() ? slot.offset != 0 : Releases() || Source(at) != nullptr;
-}
-
 size_t TagWalk::Enter(const Slot& slot) {
   const size_t back = Position();
   if (Decodes()) {

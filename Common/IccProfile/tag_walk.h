@@ -83,21 +83,26 @@ class TagWalk {
   const uint8_t* Source(size_t at) const;
   uint64_t Element(size_t width, size_t at, size_t index) const;
 
-  // Parts of a tag that it reaches by an offset from its begin. Elsewhere walks the part if the structure has it (that
-  // is, its pointer at `at` is not null) or, decoding, the offset is not 0; a part begins on a multiple of four and
-  // goes behind all that has been written or kept free.
+  // Parts of a tag that it reaches by an offset from its begin. A writer puts a part on a multiple of four, behind all
+  // that has been written or kept free. An optional part that is not there has an offset of 0, and a null pointer at
+  // `at`.
   struct Slot {
     size_t position;  // of the offset in the tag, when writing
     uint32_t offset;  // when decoding
   };
   Slot OffsetSlot();
   void KeepFree(size_t bytes);  // behind the current position
-  template <typename Part>
-  void Elsewhere(const Slot& slot, size_t at, Part&& part) {
-    if (!HasPart(slot, at)) return;
+  template <typename Describer>
+  void Part(const Slot& slot, Describer&& describe) {
+    if (!Ok()) return;
     const size_t back = Enter(slot);
-    part();
+    describe();
     Leave(back);
+  }
+  template <typename Describer>
+  void OptionalPart(const Slot& slot, size_t at, Describer&& describe) {
+    const bool there = Decodes() ? slot.offset != 0 : Releases() || Source(at) != nullptr;
+    if (there) Part(slot, describe);
   }
   void Align();  // to a multiple of four from the begin of the tag
 
@@ -117,7 +122,6 @@ class TagWalk {
   const uint8_t* ReadableSource(size_t at, uint64_t count, size_t width);
   uint64_t NumberAt(const uint8_t* number, size_t width) const;
   size_t Position() const { return Decodes() ? reader_.At() : cursor_; }
-  bool HasPart(const Slot& slot, size_t at) const;
   size_t Enter(const Slot& slot);
   void Leave(size_t back);
 

@@ -90,16 +90,16 @@ void DescribeLutWithParts(TagWalk& walk, size_t device_channels_at, size_t conne
   for (TagWalk::Slot& slot : slots) slot = walk.OffsetSlot();
   const auto curves = [&](const TagWalk::Slot& slot, size_t at, size_t channels_at) {
     constexpr size_t kLeastBytes = 12;
-    walk.Elsewhere(slot, at, [&] {
+    walk.OptionalPart(slot, at, [&] {
       walk.Records(at, walk.Number(1, channels_at), sizeof(IccCurveElement), kLeastBytes, DescribeCurveElement);
     });
   };
   constexpr size_t kClutHeadBytes = 20;
   curves(slots[0], QV_AT(bCurves), connection_channels_at);
-  walk.Elsewhere(slots[1], QV_AT(matrix), [&] { walk.Array(4, QV_AT(matrix), 12); });
+  walk.OptionalPart(slots[1], QV_AT(matrix), [&] { walk.Array(4, QV_AT(matrix), 12); });
   curves(slots[2], QV_AT(mCurves), connection_channels_at);
-  walk.Elsewhere(slots[3], QV_AT(clut),
-                 [&] { walk.Records(QV_AT(clut), 1, sizeof(IccClut), kClutHeadBytes, DescribeClut); });
+  walk.OptionalPart(slots[3], QV_AT(clut),
+                    [&] { walk.Records(QV_AT(clut), 1, sizeof(IccClut), kClutHeadBytes, DescribeClut); });
   curves(slots[4], QV_AT(aCurves), device_channels_at);
 }
 

@@ -16,8 +16,7 @@ void DescribeUnit(TagWalk& walk) {
   using T = IccResponseCurves;
   const size_t channels = walk.NumberOfWhole(2, offsetof(IccResponseCurveSetTagType, channelCount));
   const TagWalk::Slot slot = walk.OffsetSlot();
-  if (walk.Constructs() && !walk.Source(QV_AT(counts))) walk.Fail(kInvalidParameter);
-  walk.Elsewhere(slot, QV_AT(counts), [&] {
+  walk.Part(slot, [&] {
     walk.Numbers(4, QV_AT(measurementUnit));
     walk.Array(4, QV_AT(counts), channels);
     walk.Array(4, QV_AT(maxima), 3 * channels);

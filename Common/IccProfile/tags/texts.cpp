@@ -53,9 +53,8 @@ void DescribeLocalizedText(TagWalk& walk) {
   walk.Numbers(2, QV_AT(country));
   walk.Numbers(4, QV_AT(textBytes));
   const TagWalk::Slot slot = walk.OffsetSlot();
-  if (walk.Constructs() && !walk.Source(QV_AT(text))) walk.Fail(kInvalidParameter);
   const uint64_t units = walk.Number(4, QV_AT(textBytes)) / 2;
-  walk.Elsewhere(slot, QV_AT(text), [&] { walk.Array(2, QV_AT(text), units, kHiddenZeros); });
+  walk.Part(slot, [&] { walk.Array(2, QV_AT(text), units, kHiddenZeros); });
 }
 
 }  // namespace
