@@ -8,6 +8,11 @@ class App;
 namespace client {
 
 void AddConvertCommand(CLI::App& app);
+void AddProfileCommand(CLI::App& app);
 void AddSpacesCommand(CLI::App& app);
+
+// Exit statuses. A command of profiles that fails is told apart from one that found defects.
+inline constexpr int kFailed = 1, kDefectsFound = 1, kProfileFailed = 2;
+inline constexpr const char* kProfileCommand = "profile";
 
 }  // namespace client

@@ -13,8 +13,8 @@ std::filesystem::path NativePath(const std::string& name) { return std::u8string
 std::vector<uint8_t> ReadFile(const std::string& path) {
   std::error_code error;
   const uintmax_t bytes = std::filesystem::file_size(NativePath(path), error);
+  if (error) Fail(path, ": cannot be read");  // nor opened: it may be a pipe, which would wait for a writer
   std::ifstream file(NativePath(path), std::ios::binary);
-  if (error || !file) Fail(path, ": cannot be read");
   std::vector<uint8_t> content(bytes);
   if (!file.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(bytes))) {
     Fail(path, ": cannot be read");

@@ -1,17 +1,14 @@
-"""Tests of the command-line client: run.py QVCLR_COMMAND... (an emulator may stand before the program)."""
+"""Tests of conversions by the command-line client: run.py QVCLR_COMMAND..."""
 
 import math
 import pathlib
 import resource
-import subprocess
 import sys
-import tempfile
-import unittest
 
 sys.dont_write_bytecode = True  # the source tree stays clean
+import harness  # noqa: E402
 import images  # noqa: E402
 
-QVCLR = []
 RES = pathlib.Path(__file__).parents[2] / "res"
 PROFILE = RES / "cmyk.icc"
 W, H = 21, 10
@@ -36,15 +33,7 @@ def mean_difference(a, b):
     return sum(abs(x - y) for x, y in zip(a, b, strict=True)) / len(a)
 
 
-class ClientTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-
-    def run_client(self, *arguments):
-        return subprocess.run([*QVCLR, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=120)
-
+class ConvertTest(harness.ClientTest):
     def convert(self, content, out, *arguments):
         """The bytes that the client makes of the content."""
         (self.folder / "in").write_bytes(content)
@@ -68,7 +57,7 @@ class ClientTest(unittest.TestCase):
         self.assertEqual(set(self.folder.iterdir()), before)
 
 
-class Formats(ClientTest):
+class Formats(ConvertTest):
     def test_netpbm(self):
         self.assertEqual(self.to_rgb(images.ppm(W, H, RGB)), RGB)
         self.assertEqual(self.to_rgb(b"P6\n# a comment\n#\n%d # another\n%d\n255\n" % (W, H) + RGB), RGB)
@@ -124,7 +113,7 @@ class Formats(ClientTest):
         self.assertEqual(images.read_ppm((self.folder / "same.ppm").read_bytes())[2], rgb.translate(COMPLEMENT))
 
 
-class Colours(ClientTest):
+class Colours(ConvertTest):
     def test_cmyk_by_formula(self):
         for arguments, black in (([], 175), (["--black", "0"], 0), (["--black", "90"], 90)):
             raw = self.convert(images.ppm(W, H, RGB), "out", "--to", "cmyk", *arguments)
@@ -171,7 +160,7 @@ class Colours(ClientTest):
             self.assert_fails(images.ppm(W, H, RGB), reason, "--to", "lab", "--method", "icc", "--white", white)
 
 
-class Methods(ClientTest):
+class Methods(ConvertTest):
     def setUp(self):
         super().setUp()
         for name, samples, pixels, photometric in (
@@ -294,7 +283,7 @@ class Methods(ClientTest):
                 self.assert_fails(picture, reason, "--to", to, "--method", method, out="out")
 
 
-class Errors(ClientTest):
+class Errors(ConvertTest):
     def test_arguments(self):
         picture = images.ppm(W, H, RGB)
         for reason, arguments in (
@@ -341,6 +330,4 @@ class Errors(ClientTest):
 
 
 if __name__ == "__main__":
-    # The tests run in folders of their own.
-    QVCLR = [str(pathlib.Path(part).resolve()) if pathlib.Path(part).exists() else part for part in sys.argv[1:]]
-    unittest.main(argv=sys.argv[:1])
+    harness.main()
