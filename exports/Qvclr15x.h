@@ -648,9 +648,9 @@ Q_EXPORTED int32_t Q_CreateICCTagData(void* pDst, const void* pSrc, uint32_t typ
 Q_EXPORTED void Q_FreeICCTagType(void* pTag, uint32_t typeSignature);
 
 /* Removes the first tag of the signature and clears the profile ID. With pTag the tag is read first, and removed only
- * when that returns 1. Another entry that shares its bytes keeps its size and now reaches into what follows (intended);
- * padding stays. Null, no header or no tags: -13; none of the signature: -37; bytes outside of the data area: -1153;
- * memory: -1. */
+ * when that returns 1. Another entry that shares its bytes keeps its size and now covers what stands before them, or
+ * lies outside of the data area (intended); padding stays. Null, no header or no tags: -13; none of the signature: -37;
+ * bytes outside of the data area: -1153; memory: -1. */
 Q_EXPORTED int32_t Q_DeleteICCTag(IccProfileRecord* pProfile, uint32_t tagSignature, void* pTag);
 
 /* Fills a fresh record from the bytes of a profile of version 4.0 or later. Of its header only the version is tested.

@@ -76,7 +76,7 @@ extern "C" int32_t Q_GenerateICCPointer(IccProfileRecord* pProfile) {
 extern "C" int32_t Q_GenerateICCFile(IccProfileRecord* pProfile, const QWChar* pFileName) {
   return AtBoundary(kFailure, [&]() -> Status {
     if (!pProfile || !pFileName) return kInvalidParameter;
-    const size_t bytes = static_cast<uint32_t>(pProfile->profileByteSize);
+    const size_t bytes = pProfile->profileByteSize;
     if (bytes > BytesOf(pProfile->profileBytes)) return kInvalidProfile;
     File file;
     if (!file.Open(pFileName, Disposition::kCreateAlways)) return kFileOpen;

@@ -63,9 +63,11 @@ Status ReadTags(IccProfileRecord* record, std::span<const uint8_t> available, ui
 
   record->tagTable = NewArray<IccTagEntry>(record->tagCount).release();
   if (!record->tagTable) return kFailure;
-  ByteReader reader(available);
+  ByteReader reader({record->profileBytes, length});  // zero-filled where `available` ends, maybe within an entry
   reader.Seek(kTableBegin);
-  for (IccTagEntry& entry : TagsOf(*record)) {
+  const size_t table_bytes = available.size() - std::min(available.size(), kTableBegin);
+  const size_t entries = std::min<size_t>(record->tagCount, table_bytes / sizeof(IccTagEntry) + 1);
+  for (IccTagEntry& entry : TagsOf(*record).first(entries)) {
     entry.signature = static_cast<uint32_t>(reader.Big(4));
     entry.offset = static_cast<uint32_t>(reader.Big(4));
     entry.size = static_cast<uint32_t>(reader.Big(4));
@@ -90,13 +92,12 @@ Status FillFromBytes(IccProfileRecord* record, std::span<const uint8_t> availabl
   if (const Status status = FillOpaque(record, available, length); !Ok(status)) return status;
   if (!record->header) record->header = New<IccHeader>().release();
   if (!record->header) return kFailure;
-  ReadHeader(ByteReader(available), record->header, offsetof(IccHeader, deviceClass));
+  uint8_t head[kTableBegin] = {};  // a number that is cut in two keeps its first bytes
+  std::copy_n(available.begin(), std::min(available.size(), sizeof head), head);
+  ReadHeader(ByteReader(head), record->header, offsetof(IccHeader, deviceClass));
   if (record->header->version < kOldestVersion || length < kTableBegin) return kInvalidProfile;
-  ReadHeader(ByteReader(available), record->header);
-
-  ByteReader count(available);
-  count.Seek(sizeof(IccHeader));
-  record->tagCount = static_cast<uint32_t>(count.Big(4));
+  ReadHeader(ByteReader(head), record->header);
+  record->tagCount = static_cast<uint32_t>(BigEndian(std::span(head).subspan(sizeof(IccHeader))));
   return HasTags(*record) ? ReadTags(record, available, length) : kSuccess;
 }
 

@@ -15,7 +15,8 @@ std::span<IccTagEntry> TagsOf(const IccProfileRecord& record) {
 
 std::span<uint8_t> DataOf(const IccProfileRecord& record) {
   if (!HasTags(record)) return {};
-  return {record.tagData, std::min<size_t>(record.tagDataSize, BytesOf(record.tagData))};
+  const size_t claimed = record.tagDataSize;  // a packed field must not be bound to a reference
+  return {record.tagData, std::min(claimed, BytesOf(record.tagData))};
 }
 
 IccTagEntry* FindTag(const IccProfileRecord& record, uint32_t signature) {

@@ -53,7 +53,9 @@ void RemoveTag(IccProfileRecord* record, IccTagEntry* entry) {
     Release(record->tagData);
     return;
   }
-  std::memmove(&data[position], &data[position] + removed.size, data.size() - position - removed.size);
+  uint8_t* const hole = data.data() + position;
+  const size_t behind = data.size() - position - removed.size;
+  if (behind != 0) std::memmove(hole, hole + removed.size, behind);  // 0 also where there is no data at all
   record->tagDataSize -= removed.size;
   record->header->profileSize -= static_cast<uint32_t>(removed.size + sizeof(IccTagEntry));
   for (IccTagEntry& rest : TagsOf(*record)) {
