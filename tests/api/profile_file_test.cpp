@@ -21,12 +21,6 @@ using Bytes = std::vector<uint8_t>;
 using qv_test::Sig;
 using testing::Each;
 
-void Put(Bytes& bytes, std::initializer_list<uint32_t> words) {
-  for (const uint32_t word : words) {
-    for (int shift = 24; shift >= 0; shift -= 8) bytes.push_back(static_cast<uint8_t>(word >> shift));
-  }
-}
-
 Bytes ReadAll(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -176,28 +170,14 @@ TEST_F(ProfileFile, ClaimOfMoreThanThereIsLeavesTheFile) {
   EXPECT_EQ(ReadAll(path), Bytes(srgb.begin(), srgb.begin() + 100));
 }
 
-Bytes Text(const std::string& text) {
-  Bytes payload;
-  Put(payload, {1, 12, Sig("enUS"), static_cast<uint32_t>(2 * text.size()), 28});
-  for (const char letter : text) payload.insert(payload.end(), {0, static_cast<uint8_t>(letter)});
-  return payload;
-}
-
 TEST_F(ProfileFile, BuiltFromNothingIsAProfileToTheColourEngine) {
-  struct Part {
-    uint32_t signature, type;
-    std::vector<uint32_t> words;
+  std::vector<uint32_t> d50 = {0xF6D6, 0x10000, 0xD32D}, red = {0x6FA0, 0x38F2, 0x038F},
+                        green = {0x6295, 0xB787, 0x18D9}, blue = {0x24A1, 0x0F87, 0xB6C5}, gamma = {0x00020000};
+  std::vector<uint32_t> chad = {0x10C42, 0x05DE, 0xFFFFF325, 0x0793, 0xFD90, 0xFFFFFB9C, 0xFFFFFDA1, 0x03DA, 0xC06E};
+  uint16_t fixed_gamma = 0x0200;
+  const auto numbers = [](std::vector<uint32_t>& values, size_t group) {
+    return IccNumberArrayTagType{0, 0, values.data(), static_cast<uint32_t>(values.size() / group)};
   };
-  const std::vector<uint32_t> gamma = {0, 0x00020000};  // function 0, a gamma of 2
-  const Part parts[] = {
-      {Sig("wtpt"), Sig("XYZ "), {0xF6D6, 0x10000, 0xD32D}},
-      {Sig("chad"), Sig("sf32"), {0x10C42, 0x05DE, 0xFFFFF325, 0x0793, 0xFD90, 0xFFFFFB9C, 0xFFFFFDA1, 0x03DA, 0xC06E}},
-      {Sig("rXYZ"), Sig("XYZ "), {0x6FA0, 0x38F2, 0x038F}},
-      {Sig("gXYZ"), Sig("XYZ "), {0x6295, 0xB787, 0x18D9}},
-      {Sig("bXYZ"), Sig("XYZ "), {0x24A1, 0x0F87, 0xB6C5}},
-      {Sig("rTRC"), Sig("para"), gamma},
-      {Sig("gTRC"), Sig("para"), gamma},
-      {Sig("bTRC"), Sig("curv"), {1, 0x02000000}}};
   ASSERT_EQ(Q_InitICCHeader(&record), SUCCESS);
   const IccDateTime date = {2024, 2, 29, 23, 59, 58};
   for (const int32_t status : {Q_SetICCDeviceClass(&record, Sig("mntr")), Q_SetICCColorSpace(&record, Sig("RGB ")),
@@ -206,18 +186,24 @@ TEST_F(ProfileFile, BuiltFromNothingIsAProfileToTheColourEngine) {
                                Q_SetICCDeviceAttributes(&record, 2), Q_SetICCRenderingIntent(&record, 1)}) {
     ASSERT_EQ(status, SUCCESS);
   }
-  const auto set = [&](uint32_t signature, uint32_t type, Bytes payload) {
-    const IccUnknownTagType tag = {type, 0, payload.data(), static_cast<uint32_t>(payload.size())};
-    ASSERT_EQ(Q_SetICCTagData(&record, &tag, signature, type), ERR_ICC_UNKNOWN_TAG_TYPE);
+  const auto set = [&](const char(&signature)[5], const char(&type)[5], const auto& tag) {
+    ASSERT_EQ(Q_SetICCTagData(&record, &tag, Sig(signature), Sig(type)), SUCCESS) << signature;
   };
-  set(Sig("desc"), Sig("mluc"), Text("Built"));
-  set(Sig("cprt"), Sig("mluc"), Text("Nobody's"));
-  for (const Part& part : parts) {
-    Bytes payload;
-    for (const uint32_t word : part.words) Put(payload, {word});
-    if (part.type == Sig("curv")) payload.resize(6);  // one entry of two bytes
-    set(part.signature, part.type, payload);
+  for (const auto& [signature, text] : {std::pair{"desc", u"Built"}, std::pair{"cprt", u"Nobody's"}}) {
+    std::u16string copy = text;
+    IccLocalizedText english = {0x656E, 0x5553, static_cast<uint32_t>(2 * copy.size()),
+                                reinterpret_cast<uint16_t*>(copy.data())};
+    const IccMultiLocalizedTagType tag = {0, 0, 1, &english};
+    ASSERT_EQ(Q_SetICCTagData(&record, &tag, Sig(signature), Sig("mluc")), SUCCESS);
   }
+  set("wtpt", "XYZ ", numbers(d50, 3));
+  set("chad", "sf32", numbers(chad, 1));
+  set("rXYZ", "XYZ ", numbers(red, 3));
+  set("gXYZ", "XYZ ", numbers(green, 3));
+  set("bXYZ", "XYZ ", numbers(blue, 3));
+  set("rTRC", "para", IccParametricCurveTagType{0, 0, 0, 0, gamma.data()});
+  set("gTRC", "para", IccParametricCurveTagType{0, 0, 0, 0, gamma.data()});
+  set("bTRC", "curv", IccCurveTagType{0, 0, 1, &fixed_gamma});
   ASSERT_EQ(Q_GenerateICCPointer(&record), SUCCESS);
   ASSERT_EQ(Q_GenerateICCFile(&record, path.string<QWChar>().c_str()), SUCCESS);
   const Bytes image = Image();
