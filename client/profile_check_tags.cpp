@@ -8,7 +8,7 @@
 namespace client {
 namespace {
 
-constexpr uint32_t kEntryBytes = 12, kTagHeadBytes = 8, kReservedAt = 4, kMostPadding = 3;
+constexpr uint32_t kEntryBytes = 12, kReservedAt = 4, kMostPadding = 3;
 
 std::string NameOf(const Tag& tag) { return "tag " + std::to_string(tag.place) + " " + Quoted(tag.signature); }
 

@@ -1,4 +1,5 @@
-// qvclr profile dump FILE, qvclr profile check FILE: what an ICC profile says, and whether it keeps to ICC.1.
+// qvclr profile dump FILE, qvclr profile check FILE: what an ICC profile says, and whether it keeps to ICC.1. The
+// commands that write profiles are in profile_edit_command.cpp.
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
@@ -6,23 +7,34 @@
 #include "commands.h"
 #include "profile_check.h"
 #include "profile_dump.h"
+#include "profile_edit.h"
 
 namespace client {
 namespace {
 
 struct Options {
   std::string file;
-  bool json = false;
+  bool json = false, all = false;
 };
 
 void Print(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
 void Dump(const Options& options) {
-  ProfileView view = ViewOf(ProfileFile(options.file));
+  constexpr size_t kMostInText = 8, kMostInJson = 1024;
+  const size_t most = options.all ? SIZE_MAX : options.json ? kMostInJson : kMostInText;
+  ProfileView view = ViewOf(ProfileFile(options.file), most);
   if (options.json) {
+    for (size_t i = 0; i < view.tags.size(); ++i) {
+      std::get<Members>(view.tags[i]).push_back({"value", std::move(view.values[i])});
+    }
     Print(AsJson(Members{{"header", std::move(view.header)}, {"tags", std::move(view.tags)}}));
-  } else {
-    Print(AsLines(view.header) + "\n" + std::to_string(view.tags.size()) + " tags\n" + AsTable(view.tags));
+    return;
+  }
+  Print(AsOutline(view.header, 0) + "\n" + std::to_string(view.tags.size()) + " tags\n" + AsTable(view.tags));
+  for (size_t i = 0; i < view.tags.size(); ++i) {
+    const Member& signature = std::get<Members>(view.tags[i])[0];
+    Print("\n" + Quoted(std::get<Signature>(signature.value).number) + "\n");
+    Print(AsOutline(std::get<Members>(view.values[i]), 2));
   }
 }
 
@@ -37,22 +49,26 @@ void Check(const Options& options) {
   if (!lines.empty()) throw CLI::RuntimeError(kDefectsFound);
 }
 
-void AddFileCommand(CLI::App* group, const char* name, const char* help, void (*run)(const Options&)) {
-  const auto options = std::make_shared<Options>();
+CLI::App* AddFileCommand(CLI::App* group, const char* name, const char* help, const std::shared_ptr<Options>& options,
+                         void (*run)(const Options&)) {
   CLI::App* command = group->add_subcommand(name, help);
   command->add_option("FILE", options->file, "an ICC profile")->required();
   command->add_flag("--json", options->json, "print JSON");
   command->callback([options, run] { run(*options); });
+  return command;
 }
 
 }  // namespace
 
 void AddProfileCommand(CLI::App& app) {
-  CLI::App* group = app.add_subcommand(kProfileCommand, "Look into an ICC profile");
+  CLI::App* group = app.add_subcommand(kProfileCommand, "Look into an ICC profile, make one or edit it");
   group->require_subcommand(1);
-  AddFileCommand(group, "dump", "Print the header and the tag table", Dump);
-  AddFileCommand(group, "check", "List what is wrong with a profile; status 1 when anything is", Check);
-  group->footer("Status 2: there is no profile that could be read.");
+  const auto options = std::make_shared<Options>();
+  CLI::App* dump = AddFileCommand(group, "dump", "Print the header, the tag table and the tags", options, Dump);
+  dump->add_flag("--all", options->all, "long lists in full");
+  AddFileCommand(group, "check", "List what is wrong with a profile; status 1 when anything is", options, Check);
+  AddProfileEditCommands(group);
+  group->footer("Status 2: there is no profile that could be read, or none could be made.");
 }
 
 }  // namespace client

@@ -1,9 +1,11 @@
 #include "profile_dump.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "failure.h"
 #include "names.h"
+#include "profile_gather.h"
 #include "profile_names.h"
 
 namespace client {
@@ -15,43 +17,18 @@ Value OptionalText(const char* text) { return text ? Value(text) : Value(); }
 
 Value OptionalSignature(uint32_t signature) { return signature == 0 ? Value() : Value(Signature{signature}); }
 
-Value NamedSignature(uint32_t signature, const char* name) {
-  return Members{{"signature", Signature{signature}}, {"name", name ? name : "unknown"}};
-}
-
 Value VersionText(uint32_t version) {
   char text[16];
   std::snprintf(text, sizeof text, "%x.%x.%x", version >> 24, version >> 20 & 15, version >> 16 & 15);
   return text;
 }
 
-Value DateText(IccDateTime date) {
-  char text[40];
-  std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", date.year, date.month, date.day, date.hours,
-                date.minutes, date.seconds);
-  return text;
-}
-
-Value FlagWords(uint64_t bits, int digits, std::span<const Flag> flags) {
-  List words;
-  for (const Flag& flag : flags) words.emplace_back((bits & flag.mask) != 0 ? flag.set : flag.clear);
-  return Members{{"bits", Hex(bits, digits)}, {"meaning", std::move(words)}};
-}
-
 Value IdText(const IccHeader& header) {
-  std::string text;
-  bool any = false;
-  for (const uint8_t byte : header.profileId) {
-    text += Hex(byte, 2).substr(2);
-    any = any || byte != 0;
-  }
-  return any ? Value(text) : Value();
+  const bool any = std::ranges::any_of(header.profileId, [](uint8_t byte) { return byte != 0; });
+  return any ? Value(HexBytes(header.profileId)) : Value();
 }
 
 Members HeaderView(const IccHeader& header) {
-  List illuminant;
-  for (size_t i = 0; i < 3; ++i) illuminant.emplace_back(static_cast<int32_t>(header.illuminant[i]) / 65536.0);
-  const char* intent = IntentName(header.renderingIntent);
   return {{"size", uint64_t{header.profileSize}},
           {"cmm", OptionalSignature(header.cmmType)},
           {"version", VersionText(header.version)},
@@ -65,8 +42,8 @@ Members HeaderView(const IccHeader& header) {
           {"manufacturer", OptionalSignature(header.manufacturer)},
           {"model", OptionalSignature(header.model)},
           {"attributes", FlagWords(header.attributes, 16, DeviceAttributes())},
-          {"intent", Members{{"number", uint64_t{header.renderingIntent}}, {"name", intent ? intent : "unknown"}}},
-          {"illuminant", std::move(illuminant)},
+          {"intent", Named(header.renderingIntent, IntentName(header.renderingIntent))},
+          {"illuminant", Tristimulus(header.illuminant)},
           {"creator", OptionalSignature(header.creator)},
           {"id", IdText(header)}};
 }
@@ -83,14 +60,20 @@ Value TagRow(const ProfileFile& file, const IccTagEntry& tag) {
 
 }  // namespace
 
-ProfileView ViewOf(const ProfileFile& file) {
-  const ProfileRecord profile(file.bytes());
+ProfileView ViewOf(const ProfileFile& file, size_t most_items) {
+  ProfileRecord profile(file.bytes());
   if (profile.status() != SUCCESS) {
     Fail(file.path(), ": header and tag table do not fit together: ", StatusText(profile.status()));
   }
-  if (profile.Tags().size() > kMostTags) Fail(file.path(), ": too many tags to show: ", profile.Tags().size());
-  ProfileView view{HeaderView(profile.header()), {}};
-  for (const IccTagEntry& tag : profile.Tags()) view.tags.push_back(TagRow(file, tag));
+  const std::span<const IccTagEntry> tags = profile.Tags();
+  if (tags.size() > kMostTags) Fail(file.path(), ": too many tags to show: ", tags.size());
+  const IccHeader& header = profile.header();
+  const Gathering how{most_items, header.connectionSpace == Number("Lab "), header.version < kFormatFour};
+  ProfileView view{HeaderView(header), {}, {}};
+  for (size_t i = 0; i < tags.size(); ++i) {
+    view.tags.push_back(TagRow(file, tags[i]));
+    view.values.push_back(GatherTag(&profile, i, how));
+  }
   return view;
 }
 

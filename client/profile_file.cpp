@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include "failure.h"
 #include "files.h"
 #include "names.h"
 
 namespace client {
-namespace {
-
-constexpr uint32_t kVersionAt = 8;
 
 uint32_t BigEndian(std::span<const uint8_t> bytes) {
   uint32_t number = 0;
@@ -22,28 +20,9 @@ void StoreBigEndian(uint32_t number, std::span<uint8_t> to) {
   for (size_t i = to.size(); i > 0; --i, number >>= 8) to[i - 1] = static_cast<uint8_t>(number);
 }
 
-}  // namespace
-
-ProfileRecord::ProfileRecord(std::span<const uint8_t> profile) {
-  std::vector<uint8_t> copy(profile.begin(), profile.end());
-  const std::span<uint8_t> version = std::span(copy).subspan(kVersionAt, 4);
-  const uint32_t true_version = BigEndian(version);
-  StoreBigEndian(std::max(true_version, kFormatFour), version);
-  Q_InitICCProfile(&record_, sizeof record_);
-  status_ = Q_FillICCProfileStructure(&record_, copy.data(), static_cast<uint32_t>(copy.size()));
-  if (record_.header) record_.header->version = true_version;
-}
-
-ProfileRecord::~ProfileRecord() { Q_FreeICCProfile(&record_); }
-
-std::span<const IccTagEntry> ProfileRecord::Tags() const {
-  const bool none = record_.tagCount > INT32_MAX || !record_.tagTable;  // negative as a signed number
-  return {record_.tagTable, none ? 0 : record_.tagCount};
-}
-
 ProfileFile::ProfileFile(const std::string& path) : path_(path) {
   std::error_code error;
-  const uintmax_t size = std::filesystem::file_size(path, error);
+  const uintmax_t size = std::filesystem::file_size(NativePath(path), error);
   if (error) Fail(path, ": cannot be read");
   if (size < kTagsAt) Fail(path, ": too short for an ICC profile");
   if (size > UINT32_MAX) Fail(path, ": too large for an ICC profile");
@@ -69,6 +48,28 @@ IccHeader ProfileFile::Header() const {
   const ProfileRecord record(alone);
   if (record.status() != SUCCESS) Fail(path_, ": ", StatusText(record.status()));
   return record.header();
+}
+
+std::vector<uint8_t> ProfileFile::ForEditing() const {
+  const IccHeader header = Header();
+  if (header.version < kFormatFour) Fail(path_, ": profiles older than version 4 can be shown, but not edited");
+  if (header.profileSize != size()) {
+    Fail(path_, ": the size field tells ", header.profileSize, " bytes, the file has ", size(), "; it is not edited");
+  }
+  std::vector<uint8_t> profile = bytes_;
+  profile.resize((profile.size() + 3) / 4 * 4);  // what is appended begins at a multiple of four
+  StoreBigEndian(static_cast<uint32_t>(profile.size()), std::span(profile).first(4));
+  return profile;
+}
+
+void WriteProfile(const std::string& path, std::span<const uint8_t> profile) {
+  OutputFile output(path);
+  std::ofstream file(NativePath(output.PartPath()), std::ios::binary | std::ios::trunc);
+  if (!file) Fail(path, ": cannot be created");
+  file.write(reinterpret_cast<const char*>(profile.data()), static_cast<std::streamsize>(profile.size()));
+  file.close();
+  if (!file) Fail(path, ": writing failed (is the disk full?)");
+  output.Commit();
 }
 
 }  // namespace client

@@ -7,30 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "Qvclr15x.h"
+#include "profile_record.h"
 
 namespace client {
 
-inline constexpr uint32_t kHeaderBytes = 128, kTagsAt = 132;  // between them the number of tags
-inline constexpr uint32_t kFormatFour = 0x04000000;           // the oldest version that a record takes
-
-// A record of the library, filled from a profile of any version; what it keeps in `header` is the true one.
-class ProfileRecord {
- public:
-  explicit ProfileRecord(std::span<const uint8_t> profile);
-  ~ProfileRecord();
-  ProfileRecord(const ProfileRecord&) = delete;
-  ProfileRecord& operator=(const ProfileRecord&) = delete;
-
-  int32_t status() const { return status_; }
-  const IccProfileRecord& record() const { return record_; }
-  const IccHeader& header() const { return *record_.header; }
-  std::span<const IccTagEntry> Tags() const;
-
- private:
-  IccProfileRecord record_{};
-  int32_t status_;
-};
+uint32_t BigEndian(std::span<const uint8_t> bytes);
+void StoreBigEndian(uint32_t number, std::span<uint8_t> to);
 
 class ProfileFile {
  public:
@@ -47,9 +29,15 @@ class ProfileFile {
 
   IccHeader Header() const;
 
+  // Fails for a profile that cannot be edited: of an older version, or of another size than it tells.
+  std::vector<uint8_t> ForEditing() const;
+
  private:
   std::string path_;
   std::vector<uint8_t> bytes_;
 };
+
+// An existing file is replaced when all is written.
+void WriteProfile(const std::string& path, std::span<const uint8_t> profile);
 
 }  // namespace client

@@ -107,6 +107,65 @@ constexpr Named kTags[] = {
     {Number("wtpt"), "media white point"},
 };
 
+constexpr Named kObservers[] = {{0, "unknown"}, {1, "CIE 1931, 2 degrees"}, {2, "CIE 1964, 10 degrees"}};
+constexpr Named kGeometries[] = {{0, "unknown"}, {1, "0/45 or 45/0"}, {2, "0/d or d/0"}};
+constexpr Named kIlluminants[] = {{0, "unknown"}, {1, "D50"}, {2, "D65"}, {3, "D93"}, {4, "F2"},
+                                  {5, "D55"},     {6, "A"},   {7, "E"},   {8, "F8"}};
+constexpr Named kPhosphors[] = {
+    {0, "unknown"}, {1, "ITU-R BT.709"}, {2, "SMPTE RP145"}, {3, "EBU Tech.3213-E"}, {4, "P22"}};
+constexpr Named kMeasurementUnits[] = {
+    {Number("StaA"), "Status A"},
+    {Number("StaE"), "Status E"},
+    {Number("StaI"), "Status I"},
+    {Number("StaT"), "Status T"},
+    {Number("StaM"), "Status M"},
+    {Number("DN  "), "DIN E, no polarizing filter"},
+    {Number("DN P"), "DIN E, polarizing filter"},
+    {Number("DNN "), "DIN I, no polarizing filter"},
+    {Number("DNNP"), "DIN I, polarizing filter"},
+};
+constexpr Named kValues[] = {
+    {Number("fscn"), "film scanner"},
+    {Number("dcam"), "digital camera"},
+    {Number("rscn"), "reflective scanner"},
+    {Number("ijet"), "ink jet printer"},
+    {Number("twax"), "thermal wax printer"},
+    {Number("epho"), "electrophotographic printer"},
+    {Number("esta"), "electrostatic printer"},
+    {Number("dsub"), "dye sublimation printer"},
+    {Number("rpho"), "photographic paper printer"},
+    {Number("fprn"), "film writer"},
+    {Number("vidm"), "video monitor"},
+    {Number("vidc"), "video camera"},
+    {Number("pjtv"), "projection television"},
+    {Number("CRT "), "cathode ray tube"},
+    {Number("PMD "), "passive matrix display"},
+    {Number("AMD "), "active matrix display"},
+    {Number("KPCD"), "Photo CD"},
+    {Number("imgs"), "photographic image setter"},
+    {Number("grav"), "gravure"},
+    {Number("offs"), "offset lithography"},
+    {Number("silk"), "silkscreen"},
+    {Number("flex"), "flexography"},
+    {Number("mpfs"), "motion picture film scanner"},
+    {Number("mpfr"), "motion picture film recorder"},
+    {Number("dmpc"), "digital motion picture camera"},
+    {Number("dcpj"), "digital cinema projector"},
+    {Number("scoe"), "scene colorimetry estimates"},
+    {Number("sape"), "scene appearance estimates"},
+    {Number("fpce"), "focal plane colorimetry estimates"},
+    {Number("rhoc"), "reflection hardcopy original colorimetry"},
+    {Number("rpoc"), "reflection print output colorimetry"},
+    {Number("prmg"), "perceptual reference medium gamut"},
+};
+constexpr Named kFunctions[] = {
+    {0, "Y = X^g; g"},
+    {1, "Y = (aX + b)^g from -b/a, else 0; g, a, b"},
+    {2, "Y = (aX + b)^g + c from -b/a, else c; g, a, b, c"},
+    {3, "Y = (aX + b)^g from d, else cX; g, a, b, c, d"},
+    {4, "Y = (aX + b)^g + e from d, else cX + f; g, a, b, c, d, e, f"},
+};
+
 constexpr Flag kHeaderFlags[] = {
     {1, "not embedded", "embedded"},
     {2, "usable alone", "not to be used without the embedding image"},
@@ -137,6 +196,13 @@ const char* ClassName(uint32_t signature) { return NameIn(kClasses, signature); 
 const char* PlatformName(uint32_t signature) { return NameIn(kPlatforms, signature); }
 const char* IntentName(uint32_t number) { return NameIn(kIntents, number); }
 const char* TagName(uint32_t signature) { return NameIn(kTags, signature); }
+const char* ObserverName(uint32_t number) { return NameIn(kObservers, number); }
+const char* GeometryName(uint32_t number) { return NameIn(kGeometries, number); }
+const char* IlluminantName(uint32_t number) { return NameIn(kIlluminants, number); }
+const char* PhosphorName(uint32_t number) { return NameIn(kPhosphors, number); }
+const char* MeasurementUnitName(uint32_t signature) { return NameIn(kMeasurementUnits, signature); }
+const char* ValueName(uint32_t signature) { return NameIn(kValues, signature); }
+const char* FunctionFormula(uint32_t number) { return NameIn(kFunctions, number); }
 
 const char* SpaceName(uint32_t signature) {
   const NamedSpace* space = FindSpace(signature);

@@ -18,6 +18,15 @@ const char* SpaceName(uint32_t signature);
 const char* PlatformName(uint32_t signature);
 const char* IntentName(uint32_t number);
 const char* TagName(uint32_t signature);
+const char* ObserverName(uint32_t number);
+const char* GeometryName(uint32_t number);
+const char* IlluminantName(uint32_t number);
+const char* PhosphorName(uint32_t number);
+const char* MeasurementUnitName(uint32_t signature);
+const char* ValueName(uint32_t signature);  // of the tags that hold one signature: technologies, image states, gamuts
+
+// The formula of a 'para' function, and its parameters in their order.
+const char* FunctionFormula(uint32_t number);
 
 inline bool IsConnectionSpace(uint32_t space) { return space == Number("XYZ ") || space == Number("Lab "); }
 bool IsNamedByItsChannelsOnly(uint32_t space);  // '2CLR' ... 'FCLR'

@@ -4,6 +4,8 @@
 #include <cinttypes>
 #include <cstdio>
 
+#include "profile_text.h"
+
 namespace client {
 namespace {
 
@@ -83,18 +85,21 @@ struct JsonPrinter {
   }
 };
 
-// On one line.
+// On one line. Of two members the values tell enough.
 struct TextPrinter {
   std::string operator()(std::monostate) const { return "none"; }
   std::string operator()(uint64_t number) const { return std::to_string(number); }
   std::string operator()(double number) const { return Decimal(number); }
-  std::string operator()(const std::string& text) const { return text; }
+  std::string operator()(const std::string& text) const { return Visible(text); }
   std::string operator()(Signature signature) const { return Quoted(signature.number); }
   std::string operator()(const List& list) const {
     return Joined(list, ", ", [this](const Value& value) { return std::visit(*this, value); });
   }
   std::string operator()(const Members& members) const {
-    return Joined(members, " ", [this](const Member& member) { return std::visit(*this, member.value); });
+    const bool named = members.size() > 2;
+    return Joined(members, named ? "; " : " ", [&](const Member& member) {
+      return (named ? member.name + " " : "") + std::visit(*this, member.value);
+    });
   }
 };
 
@@ -105,11 +110,35 @@ std::string Padded(const std::string& text, size_t width, bool right) {
   return right ? padding + text : text + padding;
 }
 
+bool Plain(const Value& value) {
+  const auto* list = std::get_if<List>(&value);
+  return list ? std::ranges::none_of(*list, Compound) : !Compound(value);
+}
+bool FitsInLine(const Value& value) {
+  if (const auto* list = std::get_if<List>(&value); list && list->size() == 1) return FitsInLine(list->front());
+  const auto* members = std::get_if<Members>(&value);
+  return members ? std::ranges::all_of(*members, Plain, &Member::value) : Plain(value);
+}
+
+std::string OutlineOf(const Value& value, size_t indent) {
+  if (const auto* members = std::get_if<Members>(&value)) return AsOutline(*members, indent);
+  const auto& list = std::get<List>(value);
+  Members lines;
+  for (size_t i = 0; i < list.size(); ++i) lines.push_back({std::to_string(i + 1), list[i]});
+  return AsOutline(lines, indent);
+}
+
 }  // namespace
 
 std::string Hex(uint64_t number, int digits) {
   char text[24];
   std::snprintf(text, sizeof text, "0x%0*" PRIX64, digits, number);
+  return text;
+}
+
+std::string HexBytes(std::span<const uint8_t> bytes) {
+  std::string text;
+  for (const uint8_t byte : bytes) text += Hex(byte, 2).substr(2);
   return text;
 }
 
@@ -129,11 +158,18 @@ std::string Quoted(uint32_t signature) {
 
 std::string AsJson(const Value& value) { return std::visit(JsonPrinter{}, value) + "\n"; }
 
-std::string AsLines(const Members& members) {
+std::string AsOutline(const Members& members, size_t indent) {
+  const std::string margin(indent, ' ');
   size_t width = 0;
-  for (const Member& member : members) width = std::max(width, member.name.size());
+  for (const Member& member : members) width = std::max(width, FitsInLine(member.value) ? member.name.size() : 0);
   std::string lines;
-  for (const Member& member : members) lines += Padded(member.name, width + 2, false) + Text(member.value) + "\n";
+  for (const Member& member : members) {
+    if (FitsInLine(member.value)) {
+      lines += margin + Padded(member.name, width + 2, false) + Text(member.value) + "\n";
+    } else {
+      lines += margin + member.name + "\n" + OutlineOf(member.value, indent + 2);
+    }
+  }
   return lines;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -29,11 +30,12 @@ struct Member {
 std::string SignatureText(uint32_t signature);
 std::string Quoted(uint32_t signature);  // the same, characters in single quotes
 std::string Hex(uint64_t number, int digits);
+std::string HexBytes(std::span<const uint8_t> bytes);
 
 std::string AsJson(const Value& value);
 
-// A line per member, names and values in two columns.
-std::string AsLines(const Members& members);
+// A line per member, names and values in two columns; what does not fit in a line follows with a further indent.
+std::string AsOutline(const Members& members, size_t indent);
 
 // A line per row under the names of the first row's members; all rows have the same ones.
 std::string AsTable(const List& rows);

@@ -617,7 +617,8 @@ Q_EXPORTED uint32_t Q_GetICCTagTypeSig(const IccProfileRecord* pProfile, uint32_
  * ERR_ICC_PRIVATE_TAG (the signature is not a registered one), ERR_ICC_UNKNOWN_TAG_TYPE (the type is not decoded: the
  * structure is an IccUnknownTagType) or ERR_ICC_PRIVATE_TAG_UNKNOWN_TYPE (both). The structure is that of the type.
  *
- * Get: the first tag of the signature. Null: -13; none: -37; bytes outside of the data area: -1153; memory: -1.
+ * Get: the first tag of the signature. Null: -13; none: -37; bytes outside of the data area, or parts that share bytes
+ * and come to 64 MiB more than there are: -1153; memory: -1.
  * Set: appends a tag, even to others of its signature, from a structure in host order; typeSignature tells the type.
  * Null, no header, or an array that is null or not readable for its count: -13; memory, or a profile above 4 GiB: -1.
  */

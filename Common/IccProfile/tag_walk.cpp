@@ -36,6 +36,10 @@ void ReverseEach(const uint8_t* from, uint8_t* to, size_t bytes, size_t width) {
 
 constexpr size_t kHeadBytes = 8;
 
+// Parts of a tag may share bytes, as texts of several languages do. This is how much more than there is they may come
+// to.
+constexpr size_t kMostSharedBytes = size_t{64} << 20;
+
 }  // namespace
 
 void TagWalk::Fail(Status status) {
@@ -133,6 +137,8 @@ void TagWalk::Array(size_t width, size_t at, uint64_t count, size_t hidden) {
   const size_t bytes = Product(count, width);
   if (Decodes()) {
     if (!reader_.Has(count, width)) return Fail(kInvalidProfile);
+    decoded_ += bytes;
+    if (decoded_ > reader_.AreaBytes() + kMostSharedBytes) return Fail(kInvalidProfile);
     uint8_t* array = AllocateAt(at, count, width, hidden);
     if (!array) return;
     reader_.Copy(array, bytes);

@@ -132,6 +132,7 @@ class TagWalk {
   uint8_t* whole_;
   const uint8_t* whole_source_ = nullptr;
   ByteReader reader_{{}};
+  size_t decoded_ = 0;  // bytes of arrays
   uint8_t* room_ = nullptr;
   size_t cursor_ = 0, end_ = 0;  // of what is measured or written
 };

@@ -47,6 +47,7 @@ class ByteReader {
     at_ += bytes;
   }
   size_t At() const { return at_; }
+  size_t AreaBytes() const { return area_.size(); }
   void Seek(size_t at) {
     ok_ = ok_ && at <= area_.size();
     if (ok_) at_ = at;

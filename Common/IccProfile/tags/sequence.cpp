@@ -7,8 +7,8 @@
 namespace qv {
 namespace {
 
-// Bytes of the typed text at the reader's position, by its own counts; 0 for a type that carries no description. What
-// lies beyond the data shows when the text is read.
+// Bytes of the typed text at the reader's position, by its own counts; 0 for a type that carries no description, and
+// for counts that lead out of the data. A text that lies beyond the data shows when it is read.
 uint64_t BytesOfText(ByteReader reader) {
   const size_t begin = reader.At();
   const uint64_t type = reader.Big(4);
@@ -28,7 +28,7 @@ uint64_t BytesOfText(ByteReader reader) {
     reader.Seek(begin + 12 + static_cast<size_t>(reader.Big(4)));
     reader.Big(4);
     const uint64_t unicode = reader.Big(4);
-    return reader.At() - begin + 2 * unicode + 70;
+    return reader.Ok() ? reader.At() - begin + 2 * unicode + 70 : 0;
   }
   return 0;
 }

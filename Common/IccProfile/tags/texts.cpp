@@ -3,19 +3,25 @@
 
 #include "IccProfile/tags/tags.h"
 #include "Qvclr15x.h"
+#include "base/readable.h"
 
 namespace qv {
 namespace {
 
 constexpr size_t kHiddenZeros = 4;  // text can be measured in units of 16 bits
 
-// In units of 16 bits, up to the first that is zero.
-uint64_t LengthInUnits(const uint8_t* text) {
-  uint64_t units = 0;
-  for (uint16_t unit = 1;; ++units) {
-    std::memcpy(&unit, text + units * sizeof unit, sizeof unit);
-    if (unit == 0) return units;
+// One more than there are units of 16 bits before the first that is zero. SIZE_MAX, which nothing is readable for, when
+// the text leaves readable memory before it ends.
+size_t BytesTaken(const uint8_t* text) {
+  constexpr uintptr_t kSmallestPage = 4096;
+  size_t units = 0;
+  for (uint16_t unit = 1; unit != 0; ++units) {
+    const uint8_t* const from = text + units * sizeof unit;
+    const bool enters_page = (reinterpret_cast<uintptr_t>(from) + 1) % kSmallestPage < sizeof unit;
+    if ((units == 0 || enters_page) && !IsReadable(from, sizeof unit)) return SIZE_MAX;
+    std::memcpy(&unit, from, sizeof unit);
   }
+  return units;
 }
 
 }  // namespace
@@ -28,7 +34,7 @@ void DescribeText(TagWalk& walk) {
   if (walk.Decodes()) {
     bytes = walk.CountOfRest(1);
   } else if (text && !walk.Releases()) {
-    bytes = LengthInUnits(text) + 1;
+    bytes = BytesTaken(text);
   }
   walk.Array(1, QV_AT(text), bytes, kHiddenZeros);
 }
