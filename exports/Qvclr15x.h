@@ -676,6 +676,26 @@ Q_EXPORTED int32_t Q_GenerateICCPointer(IccProfileRecord* pProfile);
 Q_EXPORTED int32_t Q_GenerateICCFile(IccProfileRecord* pProfile, const QWChar* pFileName);
 Q_EXPORTED int32_t Q_GenerateICCFileA(IccProfileRecord* pProfile, const char* pFileName);
 
+/* Finds the profile of an image file (TIFF, JPEG, PostScript, QuickDraw picture, told by its content) and puts its
+ * bytes into profileBytes, without looking into them: Q_FillICCProfileStructure does. What the record held before is
+ * released, but put back when there is none (-812). Null: -13; structSize: -789; the file cannot be read: -10; another
+ * format, GIF among them: -1154; a damaged file or profile: -813, and nothing behind the begin in PostScript: -817;
+ * memory, or a JPEG segment of 13 bytes: -1. The options are not used.
+ *
+ * JPEG: the segments before the first scan are joined in the order of the file. TIFF: the first directory. PostScript:
+ * lines must end in CR or CR LF, and of the hexadecimal data the last 1 to 80 bytes are dropped (intended). */
+Q_EXPORTED int32_t Q_LoadICCProfile(const QWChar* pFileName, IccProfileRecord* pProfile, void* pLoadOptions);
+Q_EXPORTED int32_t Q_LoadICCProfileA(const char* pFileName, IccProfileRecord* pProfile, void* pLoadOptions);
+
+/* Embeds profileBytes as it stands into a TIFF, JPEG or GIF file; of 0 bytes, removes the profile of a TIFF or JPEG. A
+ * TIFF or JPEG file is written anew beside the old one and takes its place in one step; no pixel changes. Null: -13;
+ * structSize: -789; profileBytes shorter than profileByteSize: -1153; the file cannot be read: -10; another format:
+ * -1154; a damaged file: -813; a file that cannot be created beside it: -14, or written: -5; a profile of more than 255
+ * JPEG segments: -1. GIF: no bytes: -13; the extension goes before the trailer, with 0, 1, 2 as its key (intended);
+ * cannot be opened: -14. Memory: -5, 8 for the buffer of a JPEG segment (intended). */
+Q_EXPORTED int32_t Q_SaveICCProfile(const QWChar* pFileName, IccProfileRecord* pProfile, void* pSaveOptions);
+Q_EXPORTED int32_t Q_SaveICCProfileA(const char* pFileName, IccProfileRecord* pProfile, void* pSaveOptions);
+
 /* Fixed-point numbers. The decoders read unsigned numbers: value / 256 and value / 65536.
  *
  * The encoders work digit by digit in base 16, and callers see how (intended): a fraction is appended to the whole part

@@ -1,6 +1,4 @@
 // Exported: profiles as bytes and as files.
-#include <cstring>
-
 #include "IccProfile/byte_image.h"
 #include "base/boundary.h"
 #include "base/bytes.h"
@@ -33,15 +31,6 @@ Status FillFromFile(File& file, IccProfileRecord* record) {
   if (!file.Read(buffer.get(), size, &taken)) return kFileRead;
   const bool parsed = version == 0x04000000 || version == 0x04200000;
   return parsed ? FillFromBytes(record, {buffer.get(), taken}, size) : FillOpaque(record, {buffer.get(), taken}, size);
-}
-
-// Calls `call` with the name in wide characters.
-template <typename Call>
-int32_t WithWideName(const char* name, Call&& call) {
-  QWChar wide[260];
-  if (!name) return call(nullptr);
-  const bool converted = WideFromNarrow({name, std::strlen(name) + 1}, wide);
-  return converted && wide[std::size(wide) - 1] == 0 ? call(wide) : ERR_FAILURE;
 }
 
 }  // namespace

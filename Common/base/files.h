@@ -11,6 +11,7 @@ namespace qv {
 
 enum class Disposition : uint8_t {
   kReadExisting,  // for reading; the file must exist
+  kEditExisting,  // for reading and writing; the file must exist
   kCreateAlways,  // for writing; an existing file is emptied
 };
 enum class Origin : uint8_t { kStart, kCurrent, kEnd };
@@ -34,6 +35,7 @@ class File {
   static bool Exists(const QWChar* name);
 
  private:
+  friend class Replacement;
   static constexpr intptr_t kClosed = -1;
   intptr_t native_ = kClosed;
 };

@@ -34,8 +34,8 @@ bool File::Open(const QWChar* name, Disposition disposition) {
   Close();
   Path path;
   if (Refused() || !MakePath(name, &path)) return false;
-  const int mode = disposition == Disposition::kReadExisting ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
-  native_ = open(path.data(), mode | O_CLOEXEC, 0666);
+  constexpr int kModes[] = {O_RDONLY, O_RDWR, O_WRONLY | O_CREAT | O_TRUNC};  // by disposition
+  native_ = open(path.data(), kModes[static_cast<size_t>(disposition)] | O_CLOEXEC, 0666);
   struct stat status;
   if (!IsOpen() || (fstat(static_cast<int>(native_), &status) == 0 && !S_ISDIR(status.st_mode))) return IsOpen();
   Close();

@@ -24,10 +24,15 @@ constexpr size_t kLargestStep = size_t{1} << 30;  // one call counts in 32 bits
 bool File::Open(const QWChar* name, Disposition disposition) {
   Close();
   if (Refused()) return false;
-  const bool reading = disposition == Disposition::kReadExisting;
-  native_ = reinterpret_cast<intptr_t>(CreateFileW(
-      name, reading ? GENERIC_READ : GENERIC_WRITE, reading ? FILE_SHARE_READ : FILE_SHARE_READ | FILE_SHARE_WRITE,
-      nullptr, reading ? OPEN_EXISTING : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  struct Mode {
+    DWORD access, share, creation;
+  };
+  constexpr Mode kModes[] = {{GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING},  // by disposition
+                             {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING},
+                             {GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, CREATE_ALWAYS}};
+  const Mode& mode = kModes[static_cast<size_t>(disposition)];
+  native_ = reinterpret_cast<intptr_t>(
+      CreateFileW(name, mode.access, mode.share, nullptr, mode.creation, FILE_ATTRIBUTE_NORMAL, nullptr));
   return IsOpen();
 }
 

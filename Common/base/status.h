@@ -9,6 +9,7 @@ namespace qv {
 enum class [[nodiscard]] Status : int32_t{
     kSuccess = SUCCESS,
     kFailure = ERR_FAILURE,
+    kFileAccess = ERR_FILE_ACCESS,
     kFileWrite = ERR_FILE_WRITE,
     kFileOpen = ERR_FILE_OPEN,
     kNothingDone = FAILURE,
@@ -24,6 +25,10 @@ enum class [[nodiscard]] Status : int32_t{
     kUnsupportedMethod = ERR_UNSUPPORTED_METHOD,
     kProfileOpen = ERR_PROFILE_OPEN,
     kInvalidStructSize = ERR_INV_STRUCT_SIZE,
+    kProfileNotFound = ERR_ICC_PROFILE_NOT_FOUND,
+    kProfileData = ERR_ICC_PROFILE_DATA,
+    kProfileNoData = ERR_ICC_PROFILE_NO_DATA,
+    kFormatNotSupported = ERR_ICC_FORMAT_NOT_SUPPORTED,
     kPrivateTag = ERR_ICC_PRIVATE_TAG,
     kUnknownTagType = ERR_ICC_UNKNOWN_TAG_TYPE,
     kPrivateTagUnknownType = ERR_ICC_PRIVATE_TAG_UNKNOWN_TYPE,
