@@ -6,7 +6,7 @@ namespace qv {
 
 Status ReadTiffProfile(File& file, IccProfileRecord* record) {
   TiffFile source(file);
-  const TiffHandle tiff = source.Open("r");
+  const TiffHandle tiff = source.Open();
   if (!tiff) return kProfileData;
   uint32_t count = 0;
   const void* bytes = nullptr;

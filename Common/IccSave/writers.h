@@ -10,8 +10,8 @@
 
 namespace qv {
 
-// The first directory is written anew at the end of the file; image data stays where it is. kProfileData for a file
-// that libtiff does not read.
+// A copy of the first directory with the tag goes to the end of the file; all else stays as and where it is.
+// kProfileData for a file that libtiff does not read.
 Status WriteTiffProfile(const QWChar* name, std::span<const uint8_t> profile);
 
 // Segments of the profile stand where the first old one stood, else behind the leading APP0 and APP1 segments; all else

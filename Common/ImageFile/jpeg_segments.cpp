@@ -1,5 +1,6 @@
 #include "ImageFile/jpeg_segments.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace qv {
@@ -16,6 +17,19 @@ bool JpegSegments::ReadAt(int64_t at, void* bytes, size_t count) {
   return file_.Seek(at, Origin::kStart) && file_.Read(bytes, count, &taken) && taken == count;
 }
 
+bool JpegSegments::SkipFill() {
+  uint8_t block[4096];
+  for (size_t taken = sizeof block; taken == sizeof block;) {
+    if (!file_.Seek(at_, Origin::kStart) || !file_.Read(block, sizeof block, &taken)) return false;
+    const auto fill = std::ranges::find_if(block, block + taken, [](uint8_t byte) { return byte != kFill; }) - block;
+    at_ += fill;
+    if (static_cast<size_t>(fill) == taken) continue;
+    --at_;
+    return true;
+  }
+  return false;
+}
+
 bool JpegSegments::Next(JpegSegment* segment) {
   if (!Ok(status_)) return false;
   status_ = kProfileData;
@@ -25,7 +39,7 @@ bool JpegSegments::Next(JpegSegment* segment) {
     uint8_t head[4];  // fill or marker, marker, length
     if (!ReadAt(at_, head, 2) || head[0] != kFill) return false;
     if (head[1] == kFill) {
-      ++at_;
+      if (!SkipFill()) return false;
       continue;
     }
     if (head[1] == kEndOfImage || head[1] == kStartOfScan) {
@@ -34,7 +48,10 @@ bool JpegSegments::Next(JpegSegment* segment) {
       return false;
     }
     at_ += 2;
-    if (StandsAlone(head[1])) continue;
+    if (StandsAlone(head[1])) {
+      begin = at_;
+      continue;
+    }
     if (!ReadAt(at_, head + 2, 2)) return false;
     const int length = head[2] << 8 | head[3];
     *segment = {head[1], begin, at_ + 2, at_ + length};
@@ -47,8 +64,9 @@ bool JpegSegments::Next(JpegSegment* segment) {
 
 bool JpegSegments::HoldsProfile(const JpegSegment& segment) {
   char opening[sizeof kIccSignature];
-  return segment.marker == kJpegApp2 && segment.Bytes() > sizeof opening &&
-         ReadAt(segment.data, opening, sizeof opening) && std::memcmp(opening, kIccSignature, sizeof opening) == 0;
+  if (segment.marker != kJpegApp2 || segment.Bytes() <= sizeof opening) return false;
+  if (!ReadAt(segment.data, opening, sizeof opening)) status_ = kProfileData;
+  return Ok(status_) && std::memcmp(opening, kIccSignature, sizeof opening) == 0;
 }
 
 }  // namespace qv

@@ -37,6 +37,7 @@ class JpegSegments {
 
  private:
   bool ReadAt(int64_t at, void* bytes, size_t count);
+  bool SkipFill();  // to the last fill byte, which stands before its marker
 
   File& file_;
   int64_t at_ = 2;  // behind the start of the image

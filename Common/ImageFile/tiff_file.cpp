@@ -11,11 +11,7 @@ struct TiffFile::Calls {
     Of(handle).failed_ |= !done;
     return done ? static_cast<tmsize_t>(taken) : -1;
   }
-  static tmsize_t Write(thandle_t handle, void* bytes, tmsize_t count) {
-    const bool done = Of(handle).file_.Write(bytes, static_cast<size_t>(count));
-    Of(handle).failed_ |= !done;
-    return done ? count : -1;
-  }
+  static tmsize_t Write(thandle_t /*handle*/, void* /*bytes*/, tmsize_t /*count*/) { return -1; }
   static toff_t Seek(thandle_t handle, toff_t offset, int whence) {
     constexpr Origin kOrigins[] = {Origin::kStart, Origin::kCurrent, Origin::kEnd};  // SEEK_SET, SEEK_CUR, SEEK_END
     int64_t position = 0;
@@ -37,13 +33,13 @@ struct TiffFile::Calls {
   }
 };
 
-TiffHandle TiffFile::Open(const char* mode) {
+TiffHandle TiffFile::Open() {
   const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(TIFFOpenOptionsAlloc(),
                                                                                  TIFFOpenOptionsFree);
   if (!options || !file_.Seek(0, Origin::kStart)) return nullptr;
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), Calls::Silence, nullptr);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), Calls::Silence, nullptr);
-  return TiffHandle(TIFFClientOpenExt("", mode, this, Calls::Read, Calls::Write, Calls::Seek, Calls::Close, Calls::Size,
+  return TiffHandle(TIFFClientOpenExt("", "r", this, Calls::Read, Calls::Write, Calls::Seek, Calls::Close, Calls::Size,
                                       nullptr, nullptr, options.get()));
 }
 

@@ -1,4 +1,4 @@
-// TIFF files by libtiff, through the library's own files.
+// TIFF files read by libtiff, through the library's own files.
 #pragma once
 
 #include <tiffio.h>
@@ -22,7 +22,7 @@ class TiffFile {
  public:
   explicit TiffFile(File& file) : file_(file) {}
 
-  TiffHandle Open(const char* mode);  // "r" or "r+"; null for what libtiff does not read
+  TiffHandle Open();  // null for what libtiff does not read
   bool Failed() const { return failed_; }
 
  private:

@@ -13,10 +13,11 @@
 
 namespace qv_test {
 
-// A folder of the test's own, which goes with it.
+// A folder of the test's own, empty at first, which goes with it.
 class Folder {
  public:
   explicit Folder(std::string_view name) : path_(std::filesystem::temp_directory_path() / name) {
+    std::filesystem::remove_all(path_);  // what an ended run left
     std::filesystem::create_directories(path_);
   }
   ~Folder() {
@@ -28,6 +29,7 @@ class Folder {
 
   std::filesystem::path In(std::string_view name) const { return path_ / name; }
   std::filesystem::path Write(std::string_view name, const std::vector<uint8_t>& bytes) const {
+    std::filesystem::remove(In(name));  // faster than emptying
     std::ofstream(In(name), std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     return In(name);
