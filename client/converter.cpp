@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <system_error>
 
 #include "failure.h"
 #include "files.h"
@@ -28,12 +27,7 @@ bool LacksTable(const Space& from, const Space& to, const Method& method) {
 }
 
 void SetName(const std::string& name, QWChar (&field)[260]) {
-  std::basic_string<QWChar> wide;
-  try {
-    wide = NativePath(name).string<QWChar>();
-  } catch (const std::system_error&) {
-    Fail(name, ": a name that is not in UTF-8");
-  }
+  const std::basic_string<QWChar> wide = WideName(name);
   if (wide.size() >= std::size(field)) Fail(name, ": a name of more than ", std::size(field) - 1, " characters");
   std::ranges::copy(wide, field);
 }

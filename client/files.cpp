@@ -3,12 +3,21 @@
 #include <algorithm>
 #include <cctype>
 #include <fstream>
+#include <system_error>
 
 #include "failure.h"
 
 namespace client {
 
 std::filesystem::path NativePath(const std::string& name) { return std::u8string(name.begin(), name.end()); }
+
+std::basic_string<QWChar> WideName(const std::string& name) {
+  try {
+    return NativePath(name).string<QWChar>();
+  } catch (const std::system_error&) {
+    Fail(name, ": a name that is not in UTF-8");
+  }
+}
 
 std::vector<uint8_t> ReadFile(const std::string& path) {
   std::error_code error;

@@ -6,10 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "Qvclr15x.h"
+
 namespace client {
 
 // Names are UTF-8 in the client on every system; this is one as the system takes it.
 std::filesystem::path NativePath(const std::string& name);
+
+// As the library takes it; fails for one that is not UTF-8.
+std::basic_string<QWChar> WideName(const std::string& name);
 
 std::vector<uint8_t> ReadFile(const std::string& path);
 

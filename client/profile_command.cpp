@@ -1,5 +1,5 @@
 // qvclr profile dump FILE, qvclr profile check FILE: what an ICC profile says, and whether it keeps to ICC.1. The
-// commands that write profiles are in profile_edit_command.cpp.
+// commands that write profiles are in profile_edit_command.cpp, those for images in profile_image_command.cpp.
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
@@ -61,13 +61,15 @@ CLI::App* AddFileCommand(CLI::App* group, const char* name, const char* help, co
 }  // namespace
 
 void AddProfileCommand(CLI::App& app) {
-  CLI::App* group = app.add_subcommand(kProfileCommand, "Look into an ICC profile, make one or edit it");
+  CLI::App* group =
+      app.add_subcommand(kProfileCommand, "Look into an ICC profile, make one, edit it, or keep it in an image");
   group->require_subcommand(1);
   const auto options = std::make_shared<Options>();
   CLI::App* dump = AddFileCommand(group, "dump", "Print the header, the tag table and the tags", options, Dump);
   dump->add_flag("--all", options->all, "long lists in full");
   AddFileCommand(group, "check", "List what is wrong with a profile; status 1 when anything is", options, Check);
   AddProfileEditCommands(group);
+  AddProfileImageCommands(group);
   group->footer("Status 2: there is no profile that could be read, or none could be made.");
 }
 

@@ -29,4 +29,7 @@ std::string TypesOfWords();
 // new, set, delete and copy-tag.
 void AddProfileEditCommands(CLI::App* group);
 
+// embed, extract and strip.
+void AddProfileImageCommands(CLI::App* group);
+
 }  // namespace client
