@@ -81,7 +81,7 @@ SAMPLES = (
     (tag("sig ", b"dcam"), {"signature": "dcam", "name": "digital camera"}),
     (tag("sig ", b"\1abc"), {"signature": "0x01616263", "name": "unknown"}),
     (tag("dtim", u16(2024, 2, 29, 23, 59, 1)), {"date": "2024-02-29 23:59:01"}),
-    (tag("text", b"\xa9 \x1b\n\0more"), {"text": "\u00a9 \x1b\n"}),
+    (tag("text", b"\xa9 \x1b\x9b\n\0more"), {"text": "\u00a9 \x1b\x9b\n"}),
     (tag("text", "\u00a9".encode()), {"text": "\u00a9"}),
     (tag("data", u32(0), b"abc\0"), {"kind": "ASCII", "text": "abc"}),
     (tag("data", u32(1), b"\0\xff"), {"kind": "binary", "bytes": 2, "begin": "00FF"}),
@@ -153,7 +153,7 @@ class Values(profiles.ProfileTest):
                 self.assertEqual(value, expected)
         text = self.profile("dump", content).stdout
         self.assertNotIn("\x1b", text)
-        for line in (r"  text  . \\u001b\\u000a", r"  texts", r"    1  en-US A\U0001f600",
+        for line in (r"  text  . \\u001b\\u009b\\u000a", r"  texts", r"    1  en-US A\U0001f600",
                      r"  clut +gridPoints 2, 3; precision 2; elements 1, 2, 3, 4, 5, 6",
                      r"  inputTables +count 256; first 0, 1, 2, 3; last 252, 253, 254, 255"):
             self.assertRegex(text, rf"(?m)^{line}$")
@@ -208,7 +208,8 @@ class Edit(profiles.ProfileTest):
     def test_a_profile_made_from_nothing(self):
         words = ("--class mntr --space RGB --pcs XYZ --intent relative --platform APPL --creator me --flags 1 "
                  "--attributes 8").split()
-        self.assertEqual(self.run_client("profile", "new", "in.icc", "--date", "2024-02-29 23:59:59", *words).stderr, "")
+        run = self.run_client("profile", "new", "in.icc", "--date", "2024-02-29 23:59:59", *words)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
         profile = (self.folder / "in.icc").read_bytes()
         view = json.loads(self.profile("dump", profile, "--json").stdout)["header"]
         self.assertEqual([view["size"], view["date"], view["intent"]["number"], view["creator"],
@@ -238,7 +239,8 @@ class Edit(profiles.ProfileTest):
         whole = profiles.with_id(shared)
         for gone, command, *arguments in (
                 ("rTRC", "delete"), ("odd ", "delete"), ("bTRC", "delete"), ("last", "delete"),
-                ("gTRC", "set", "--type", "curv", "2.2"), ("odd ", "set", "--type", "text", "x")):
+                ("gTRC", "set", "--type", "curv", "2.2"), ("odd ", "set", "--type", "text", "x"),
+                ("new ", "set", "--type", "text", "x")):
             with self.subTest(gone, command=command):
                 tags = self.edit(whole, command, gone.strip(), *arguments)
                 rest = [entry for entry in parsed(whole) if entry[0] != gone]
@@ -247,7 +249,9 @@ class Edit(profiles.ProfileTest):
                 edited = (self.folder / "in.icc").read_bytes()
                 self.assertEqual(edited[84:100], bytes(16))
                 self.assertEqual([line for line in self.defects(edited) if "needs" not in line], [])
-        self.assertLess(len((self.folder / "in.icc").read_bytes()), len(whole))  # shared bytes are still shared
+        self.assertLess(len((self.folder / "in.icc").read_bytes()), len(whole) + 40)  # shared bytes are still shared
+        packed = profiles.patched(build(("odd", odd), ("desc", GAMMA)), (profiles.entry(1, 1), 156 + len(odd)))
+        self.assertEqual(self.edit(packed, "delete", "odd"), parsed(packed)[1:])
 
     def test_the_only_tag_and_several_of_a_name(self):
         self.assertEqual(self.edit(build(("desc", GAMMA)), "delete", "desc"), [])

@@ -62,7 +62,7 @@ inline JpegParts PartsOf(const Bytes& jpeg) {
 }
 inline Bytes JpegOf(const JpegParts& parts) {
   Bytes all = {0xFF, 0xD8};
-  for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+  for (const Bytes& part : parts) std::ranges::copy(part, std::back_inserter(all));
   return all;
 }
 // No decoder's image, but all that readers of segments look at.
