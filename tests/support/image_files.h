@@ -1,6 +1,7 @@
 // Image files made and taken apart byte by byte, without the libraries that images are read with.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <filesystem>
