@@ -103,10 +103,10 @@ TEST(Bitmaps, WithoutAConverterHaveTheLinesOfTheConversion) {
     SCOPED_TRACE(testing::Message() << src << " to " << dst);
     ExpectBitmapsOfTheConversion(
         src,
-        [&](const void* from, BitmapHandle* bitmap, const Size& s) {
+        [src = src, dst = dst](const void* from, BitmapHandle* bitmap, const Size& s) {
           return Q_ClrConvertDirectToBitmap(src, dst, from, bitmap, 32, s.width, s.height, s.in_pad, s.out_pad);
         },
-        [&](const void* from, void* to, const Size& s) {
+        [src = src, dst = dst](const void* from, void* to, const Size& s) {
           return Q_ClrConvertDirect(src, dst, from, to, s.width, s.height, s.in_pad, s.out_pad);
         });
   }

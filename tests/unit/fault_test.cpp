@@ -285,7 +285,7 @@ TEST(FailingAllocations, InConversionToBitmaps) {
   const ConverterPtr formula = MakeConverter(CS_CMYK, CS_RGB);
   const ConverterPtr icc = MakeConverter(CS_CMYK_PROFILE, CS_BGR, Params(METHOD_ICC));
   for (const auto& [converter, told] : {std::pair{formula.get(), 1}, {icc.get(), 2}}) {
-    EXPECT_EQ(SweepAttempts([&](int n) {
+    EXPECT_EQ(SweepAttempts([&, converter = converter, told = told](int n) {
                 BitmapHandle bitmap{};
                 const Attempt attempt = WithFault(allocation_faults, n, [&] {
                   return Q_ClrConvertToBitmap(converter, pixels, &bitmap, 32, 2, 2, 0, 0);
