@@ -1,17 +1,15 @@
 // CS_CMY: C, M, Y per pixel, each 255 minus its RGB counterpart. The complement undoes itself, so one row serves both
 // directions.
-#include <utility>
-
 #include "qvclr/kernels/kernels.h"
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "qvclr/kernels/cmy.cpp"
 #include <hwy/foreach_target.h>  // compiles the part below once per instruction set
-#include <hwy/highway.h>
+
+#include "qvclr/kernels/blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qv::HWY_NAMESPACE {
 namespace {
-namespace hn = hwy::HWY_NAMESPACE;
 
 inline void CmyPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
   uint8_t first = src[0], last = src[2];
@@ -22,16 +20,10 @@ inline void CmyPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
 }
 
 Status CmyRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  const hn::ScalableTag<uint8_t> d;
-  const size_t lanes = hn::Lanes(d);
-  const auto full = hn::Set(d, uint8_t{255});
-  for (; width >= lanes; width -= lanes, src += 3 * lanes, dst += 3 * lanes) {
-    hn::Vec<decltype(d)> first, middle, last;
-    hn::LoadInterleaved3(d, src, first, middle, last);
-    if (!args.rgb_first) std::swap(first, last);
-    hn::StoreInterleaved3(hn::Sub(full, first), hn::Sub(full, middle), hn::Sub(full, last), d, dst);
-  }
-  return ScalarRow<CmyPixel, 3, 3>(src, dst, width, args);
+  return BlockRow<CmyPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+    const RgbPlanes rgb = LoadRgbPlanes(from, args);
+    StorePlanes({hn::Not(rgb.r), hn::Not(rgb.g), hn::Not(rgb.b)}, to);
+  });
 }
 
 }  // namespace
@@ -41,10 +33,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace qv {
 namespace {
-HWY_EXPORT(CmyRow);
-Status CmyRowOfThisCpu(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  return HWY_DYNAMIC_DISPATCH(CmyRow)(src, dst, width, args);
-}
+QV_ROW_OF_THIS_CPU(CmyRow)
 }  // namespace
 const Kernel RGBToCMY = {"RGBToCMY", CmyRowOfThisCpu, 3, 3};
 const Kernel CMYToRGB = {"CMYToRGB", CmyRowOfThisCpu, 3, 3};

@@ -1,0 +1,168 @@
+// What the vector rows share, compiled once per instruction set: pixels taken apart into one vector a channel and put
+// together again, and the loop over them. A kernel file includes this after <hwy/foreach_target.h>.
+
+// The parts that are the same for all instruction sets.
+#ifndef QV_BLOCKS_ONCE
+#define QV_BLOCKS_ONCE
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "qvclr/kernels/pixel.h"
+
+namespace qv::blocks {
+
+// Byte numbers for a permutation of two vectors of 64 bytes, the second one from 64 on.
+using Order64 = std::array<uint8_t, 64>;
+
+// Channel `channel` of 64 pixels of three bytes: what the first two vectors hold of it, then that joined with the
+// third.
+constexpr Order64 FromFirstTwo(size_t channel) {
+  Order64 order{};
+  for (size_t i = 0; i < 64; ++i) order[i] = static_cast<uint8_t>((3 * i + channel) % 128);
+  return order;
+}
+constexpr Order64 FromThird(size_t channel) {
+  Order64 order{};
+  for (size_t i = 0; i < 64; ++i) {
+    const size_t at = 3 * i + channel;
+    order[i] = static_cast<uint8_t>(at < 128 ? i : at - 64);
+  }
+  return order;
+}
+
+// Vector `part` of the three: the first two channels in their places, then the third between them.
+constexpr Order64 FirstTwoInto(size_t part) {
+  Order64 order{};
+  for (size_t i = 0; i < 64; ++i) {
+    const size_t at = 64 * part + i;
+    order[i] = static_cast<uint8_t>(at / 3 + (at % 3 == 1 ? 64 : 0));
+  }
+  return order;
+}
+constexpr Order64 ThirdInto(size_t part) {
+  Order64 order{};
+  for (size_t i = 0; i < 64; ++i) {
+    const size_t at = 64 * part + i;
+    order[i] = static_cast<uint8_t>(at % 3 == 2 ? 64 + at / 3 : i);
+  }
+  return order;
+}
+
+template <size_t kNumber>
+struct Orders {
+  alignas(64) static constexpr Order64 kFromFirstTwo = FromFirstTwo(kNumber), kFromThird = FromThird(kNumber),
+                                       kFirstTwoInto = FirstTwoInto(kNumber), kThirdInto = ThirdInto(kNumber);
+};
+
+}  // namespace qv::blocks
+
+// The row of the best instruction set that this processor has.
+#define QV_ROW_OF_THIS_CPU(Row)                                                                \
+  HWY_EXPORT(Row);                                                                             \
+  Status Row##OfThisCpu(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) { \
+    return HWY_DYNAMIC_DISPATCH(Row)(src, dst, width, args);                                   \
+  }
+#endif  // QV_BLOCKS_ONCE
+
+#include <hwy/highway.h>
+
+#if defined(QV_BLOCKS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef QV_BLOCKS_INL_H
+#undef QV_BLOCKS_INL_H
+#else
+#define QV_BLOCKS_INL_H
+#endif
+
+// The scalar target is served by the pixel functions themselves.
+#undef QV_HAS_VECTORS
+#undef QV_HAS_BYTE_PERMUTES
+#define QV_HAS_VECTORS (HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128)
+#define QV_HAS_BYTE_PERMUTES (HWY_TARGET == HWY_AVX3_DL)
+
+// This target is only chosen where the processor has the dot products of 512-bit vectors, but does not name them.
+#if QV_HAS_BYTE_PERMUTES
+#undef HWY_TARGET_STR
+#define HWY_TARGET_STR \
+  HWY_TARGET_STR_AVX3 ",vpclmulqdq,avx512vbmi,avx512vbmi2,vaes,avxvnni,avx512vnni,avx512bitalg,avx512vpopcntdq"
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+using U8 = hn::ScalableTag<uint8_t>;
+using ByteVector = hn::Vec<U8>;
+constexpr size_t kBlock = hn::MaxLanes(U8());  // pixels that a block converts
+
+struct Planes {
+  ByteVector first, middle, last;
+};
+struct RgbPlanes {
+  ByteVector r, g, b;
+};
+
+#if QV_HAS_BYTE_PERMUTES
+HWY_INLINE __m512i OrderOf(const blocks::Order64& order) { return _mm512_load_si512(order.data()); }
+
+template <size_t kChannel>
+HWY_INLINE ByteVector TakeChannel(__m512i first, __m512i second, __m512i third) {
+  using Orders = blocks::Orders<kChannel>;
+  const __m512i of_two = _mm512_permutex2var_epi8(first, OrderOf(Orders::kFromFirstTwo), second);
+  return ByteVector{_mm512_permutex2var_epi8(of_two, OrderOf(Orders::kFromThird), third)};
+}
+HWY_INLINE Planes LoadPlanes(const uint8_t* src) {
+  const __m512i first = _mm512_loadu_si512(src), second = _mm512_loadu_si512(src + 64),
+                third = _mm512_loadu_si512(src + 128);
+  return {TakeChannel<0>(first, second, third), TakeChannel<1>(first, second, third),
+          TakeChannel<2>(first, second, third)};
+}
+
+template <size_t kPart>
+HWY_INLINE void StorePart(const Planes& planes, uint8_t* dst) {
+  using Orders = blocks::Orders<kPart>;
+  const __m512i two = _mm512_permutex2var_epi8(planes.first.raw, OrderOf(Orders::kFirstTwoInto), planes.middle.raw);
+  _mm512_storeu_si512(dst + 64 * kPart, _mm512_permutex2var_epi8(two, OrderOf(Orders::kThirdInto), planes.last.raw));
+}
+HWY_INLINE void StorePlanes(const Planes& planes, uint8_t* dst) {
+  StorePart<0>(planes, dst);
+  StorePart<1>(planes, dst);
+  StorePart<2>(planes, dst);
+}
+#else
+// kBlock pixels of three bytes.
+HWY_INLINE Planes LoadPlanes(const uint8_t* src) {
+  Planes planes;
+  hn::LoadInterleaved3(U8(), src, planes.first, planes.middle, planes.last);
+  return planes;
+}
+HWY_INLINE void StorePlanes(const Planes& planes, uint8_t* dst) {
+  hn::StoreInterleaved3(planes.first, planes.middle, planes.last, U8(), dst);
+}
+#endif
+
+HWY_INLINE RgbPlanes LoadRgbPlanes(const uint8_t* src, const RowArgs& args) {
+  const Planes planes = LoadPlanes(src);
+  return args.rgb_first ? RgbPlanes{planes.first, planes.middle, planes.last}
+                        : RgbPlanes{planes.last, planes.middle, planes.first};
+}
+HWY_INLINE void StoreRgbPlanes(const RgbPlanes& rgb, uint8_t* dst, const RowArgs& args) {
+  StorePlanes(args.rgb_first ? Planes{rgb.r, rgb.g, rgb.b} : Planes{rgb.b, rgb.g, rgb.r}, dst);
+}
+
+// A row by blocks of kBlock pixels, block(src, dst) each, which loads all that it reads before it stores; what is left
+// pixel by pixel.
+template <auto kPixel, size_t kSrcBytes, size_t kDstBytes, typename Block>
+HWY_INLINE Status BlockRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args, Block&& block) {
+#if QV_HAS_VECTORS
+  for (; width >= kBlock; width -= kBlock, src += kBlock * kSrcBytes, dst += kBlock * kDstBytes) block(src, dst);
+#else
+  static_cast<void>(block);
+#endif
+  return ScalarRow<kPixel, kSrcBytes, kDstBytes>(src, dst, width, args);
+}
+
+}  // namespace qv::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif  // per target
