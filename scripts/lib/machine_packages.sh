@@ -6,6 +6,7 @@ readonly LINUX_PACKAGES=(cmake ninja-build g++ pkg-config python3 liblcms2-dev l
 readonly CHECK_PACKAGES=(git clang clang-14 clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev
   libbenchmark-dev)
 readonly WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 nasm dpkg-dev xz-utils)
+readonly PEER_PACKAGES=(libopencv-dev libyuv-dev libswscale-dev libbabl-dev)
 readonly PROFILE_PACKAGES=(argyll icc-profiles-free)
 
 as_root() {

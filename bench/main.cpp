@@ -1,0 +1,76 @@
+// Every pair of RGB with another space by formulas, and those that ICC profiles and emulation tables serve, through the
+// exported functions; the same by other libraries, where the build found them; and every kernel on every instruction
+// set.
+#include <benchmark/benchmark.h>
+
+#include <memory>
+
+#include "Qvclr15x.h"
+#include "measure.h"
+#include "qvclr/library.h"
+#include "qvclr/tables.h"
+
+namespace {
+
+using namespace qv_bench;
+
+constexpr struct {
+  Size size;
+  Content content;
+} kFrames[] = {{{16, 1}, Content::kPhoto},      {{256, 64}, Content::kPhoto},     {{256, 64}, Content::kRandom},
+               {{1920, 1080}, Content::kPhoto}, {{1920, 1080}, Content::kRandom}, {{4000, 3000}, Content::kPhoto},
+               {{4000, 3000}, Content::kRandom}};
+
+void Register(const char* group, const qv::Space& from, const qv::Space& to, const Convert& convert) {
+  for (const auto& [size, content] : kFrames) {
+    if (!qv::Ok(qv::CheckSizeRules({&from, size.width, size.height, 0}, {&to, size.width, size.height, 0}))) continue;
+    const Case c{group, PairName(from, to), &from, &to, size, content};
+    c.Register("this", convert);
+    for (const Peer& peer : Peers()) {
+      if (peer.group == group && peer.pair == c.pair) c.Register(peer.who, peer.convert);
+    }
+  }
+}
+
+void RegisterFormulas(const qv::Space& from, const qv::Space& to) {
+  Register("formulas", from, to, [&](const uint8_t* src, uint8_t* dst, Size size) {
+    return Q_ClrConvertDirect(from.id, to.id, src, dst, size.width, size.height, 0, 0) == SUCCESS;
+  });
+}
+
+void RegisterMethod(const char* group, uint32_t method, const qv::Space& from, const qv::Space& to) {
+  ConversionParams params{};
+  params.uStructSize = sizeof params;
+  params.nActiveMethod = params.nMethodMask = params.nEmulationTableKind = method;
+  ColorConverter* made = nullptr;
+  if (Q_ClrInit(&made, from.id, to.id, &params) != SUCCESS) return;
+  const std::shared_ptr<ColorConverter> converter(made, [](ColorConverter* handle) { Q_ClrFree(handle); });
+  Register(group, from, to, [=](const uint8_t* src, uint8_t* dst, Size size) {
+    return Q_ClrConvert(converter.get(), src, dst, size.width, size.height, 0, 0) == SUCCESS;
+  });
+}
+
+void RegisterPair(const qv::Space& from, const qv::Space& to) {
+  RegisterFormulas(from, to);
+  if (from.icc_format != 0 && to.icc_format != 0) RegisterMethod("ICC", METHOD_ICC, from, to);
+  if (qv::TableFor(from.id, to.id)) RegisterMethod("tables", METHOD_TABLE, from, to);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  qv::AttachLibrary();
+  const qv::Space& rgb = *qv::FindSpace(CS_RGB);
+  for (const qv::Space& space : qv::AllSpaces()) {
+    if (space.id == CS_RGB) continue;
+    RegisterPair(rgb, space);
+    RegisterPair(space, rgb);
+  }
+  RegisterFormulas(*qv::FindSpace(CS_CMY), *qv::FindSpace(CS_CMYK));  // one of those that meet in RGB
+  RegisterTargets();
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::ClearRegisteredBenchmarks();  // and the converters that they hold
+  qv::DetachLibrary();
+  return 0;
+}
