@@ -9,4 +9,7 @@ namespace qv {
 bool IsReadable(const void* memory, size_t bytes);
 bool IsWritable(const void* memory, size_t bytes);
 
+// Both at once, at little more than the cost of one where the two lie in the same mapping.
+bool IsReadableAndWritable(const void* from, size_t from_bytes, const void* to, size_t to_bytes);
+
 }  // namespace qv

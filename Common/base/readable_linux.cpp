@@ -24,11 +24,6 @@ constexpr unsigned long kMapQuery = _IOWR('f', 17, MapQuery);
 constexpr uint64_t kReadFlag = 1, kWriteFlag = 2;
 constexpr int kPopulateRead = 22, kPopulateWrite = 23;  // MADV_POPULATE_READ, MADV_POPULATE_WRITE
 
-struct Mapping {
-  uintptr_t end;
-  uint64_t flags;
-};
-
 // The mapping that holds `address`: kNo when there is none.
 Verdict FindMapping(uintptr_t address, Mapping* mapping) {
   int descriptor = map_descriptor.Get();
@@ -37,7 +32,8 @@ Verdict FindMapping(uintptr_t address, Mapping* mapping) {
     query.size = sizeof query;
     query.query_addr = address;
     if (ioctl(descriptor, kMapQuery, &query) == 0) {
-      *mapping = {query.vma_end, query.vma_flags};
+      *mapping = {query.vma_start, query.vma_end, (query.vma_flags & kReadFlag) != 0,
+                  (query.vma_flags & kWriteFlag) != 0};
       return Verdict::kYes;
     }
     if (errno == ENOENT) return Verdict::kNo;
@@ -48,20 +44,18 @@ Verdict FindMapping(uintptr_t address, Mapping* mapping) {
 
 }  // namespace
 
-Verdict AskKernelMap(uintptr_t begin, uintptr_t end, Access access) {
+Verdict AskKernelMap(uintptr_t begin, uintptr_t end, Access access, Mapping* last) {
   static constinit std::atomic<bool> unknown_to_kernel{false};
   if (unknown_to_kernel.load(std::memory_order_relaxed)) return Verdict::kUnknown;
-  const uint64_t wanted = access == Access::kWrite ? kWriteFlag : kReadFlag;
   while (begin < end) {
-    Mapping mapping{};
-    const Verdict found = FindMapping(begin, &mapping);
+    const Verdict found = FindMapping(begin, last);
     if (found == Verdict::kUnknown && errno == ENOTTY) {
       unknown_to_kernel.store(true, std::memory_order_relaxed);
       map_descriptor.Close();
     }
     if (found != Verdict::kYes) return found;
-    if ((mapping.flags & wanted) == 0) return Verdict::kNo;
-    begin = mapping.end;
+    if (!(access == Access::kWrite ? last->writable : last->readable)) return Verdict::kNo;
+    begin = last->end;
   }
   return Verdict::kYes;
 }

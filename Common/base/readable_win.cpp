@@ -30,5 +30,8 @@ bool IsCovered(const void* memory, size_t bytes, DWORD protections) {
 
 bool IsReadable(const void* memory, size_t bytes) { return IsCovered(memory, bytes, kReadable); }
 bool IsWritable(const void* memory, size_t bytes) { return IsCovered(memory, bytes, kWritable); }
+bool IsReadableAndWritable(const void* from, size_t from_bytes, const void* to, size_t to_bytes) {
+  return IsReadable(from, from_bytes) && IsWritable(to, to_bytes);
+}
 
 }  // namespace qv

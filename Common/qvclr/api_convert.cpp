@@ -11,20 +11,22 @@ extern "C" int32_t Q_ClrConvert(ColorConverter* hConverter, const void* pSrc, vo
   return AtBoundary(kNoMemory, [&]() -> Status {
     if (!hConverter || !pSrc || !pDst) return kInvalidParameter;
     if (width <= 0 || height <= 0 || nInAlign < 0 || nOutAlign < 0) return kInvalidParameter;
-    if (!IsReadable(hConverter, sizeof *hConverter)) return kBadPointer;
+    const Status live = CheckLive(hConverter);  // one on the list is readable
+    if (!Ok(live) && !IsReadable(hConverter, sizeof *hConverter)) return kBadPointer;
 
     const NamedSpaces spaces(hConverter);
-    if (!spaces.source || !spaces.target) {  // equal spaces outside of the catalogue: no known size
-      const Status status = CheckLive(hConverter);
-      return Ok(status) ? kUnsupportedColorSpace : status;
-    }
-    const Frame in{spaces.source, width, height, nInAlign};
-    const Frame out{spaces.target, width, height, nOutAlign};
-    if (!IsReadable(pSrc, in.BytesToLastPixel()) || !IsWritable(pDst, out.BytesToLastPixel())) return kBadPointer;
+    // Equal spaces outside of the catalogue have no known size.
+    if (!spaces.source || !spaces.target) return Ok(live) ? kUnsupportedColorSpace : live;
+    Frame in{spaces.source, width, height, nInAlign}, out{spaces.target, width, height, nOutAlign};
+    const auto* src = static_cast<const uint8_t*>(pSrc);
+    auto* dst = static_cast<uint8_t*>(pDst);
+    if (!AreAccessible(in, src, out, dst, &Frame::BytesToLastPixel)) return kBadPointer;
+    in.tested = in.BytesToLastPixel();
+    out.tested = out.BytesToLastPixel();
 
-    if (const Status status = CheckLive(hConverter); !Ok(status)) return status;
+    if (!Ok(live)) return live;
     if (pSrc == pDst && in.space == out.space && nInAlign != nOutAlign) return kInPlacePadding;
-    return ConvertByConverter(*hConverter, in, static_cast<const uint8_t*>(pSrc), out, static_cast<uint8_t*>(pDst));
+    return ConvertByConverter(*hConverter, in, src, out, dst);
   });
 }
 

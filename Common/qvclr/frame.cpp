@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "base/readable.h"
 #include "base/sizes.h"
 
 namespace qv {
@@ -15,6 +16,13 @@ size_t Frame::BytesWithPadding() const { return Product(LineBytes() + Padding(),
 size_t Frame::KernelBytes() const {
   const size_t bits = Product(Product(static_cast<size_t>(width), Rows()), space->bits);
   return bits == SIZE_MAX ? SIZE_MAX : Sum(bits / 8 + (bits % 8 != 0), Product(Padding(), Rows()));
+}
+
+bool AreAccessible(const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst, size_t (Frame::*rule)() const) {
+  const size_t in_bytes = (in.*rule)(), out_bytes = (out.*rule)();
+  const bool in_tested = in_bytes <= in.tested, out_tested = out_bytes <= out.tested;
+  return (in_tested && out_tested) ||
+         IsReadableAndWritable(src, in_tested ? 0 : in_bytes, dst, out_tested ? 0 : out_bytes);
 }
 
 Status CheckSizeRules(const Frame& in, const Frame& out) {

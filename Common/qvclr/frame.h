@@ -13,6 +13,7 @@ namespace qv {
 struct Frame {
   const Space* space;
   int32_t width, height, pad;
+  size_t tested = 0;  // bytes that were found readable or writable
 
   size_t Padding() const { return pad > 0 ? static_cast<size_t>(pad) : 0; }
   size_t Rows() const { return static_cast<size_t>(height); }
@@ -21,6 +22,9 @@ struct Frame {
   size_t BytesWithPadding() const;  // every line with padding
   size_t KernelBytes() const;       // what a kernel tests: whole-frame pixels, then every line's padding
 };
+
+// Tests what was not tested yet of the bytes that `rule` counts.
+bool AreAccessible(const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst, size_t (Frame::*rule)() const);
 
 // The size rules of both sides, the source's first.
 Status CheckSizeRules(const Frame& in, const Frame& out);

@@ -42,7 +42,8 @@ struct Kernel {
   uint8_t src_bytes, dst_bytes;  // of one unit: a pixel, or a packed group of pixels
   uint8_t unit_pixels = 1;
   uint8_t band_rows = 1;
-  void (*prepare)(RowArgs& args) = nullptr;  // fills what a call needs once
+  void (*prepare)(RowArgs& args) = nullptr;                     // fills what a call needs once
+  Status (*check)(const uint8_t* src, size_t width) = nullptr;  // what a row would refuse, where it refuses anything
 };
 
 // Makes a row of a pixel function.
@@ -56,5 +57,10 @@ Status ScalarRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& 
 // padding: kInvalidParameter. An overlap that needs a copy of the input: kNoMemory when there is none.
 Status RunKernel(const Kernel& kernel, const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst,
                  RowArgs args);
+
+// Two kernels with packed R, G, B between them, in strips of rows that stay in the cache. The buffers have been tested
+// with the paddings of all lines. Nothing is written when a pixel of the source is refused.
+Status RunKernelPair(const Kernel& to_rgb, const Kernel& from_rgb, const Frame& in, const uint8_t* src,
+                     const Frame& out, uint8_t* dst);
 
 }  // namespace qv

@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "base/readable.h"
 #include "base/sizes.h"
 #include "qvclr/icc_transform.h"
 #include "qvclr/kernel.h"
@@ -29,15 +28,6 @@ Status ConvertByKernel(const Frame& in, const uint8_t* src, const Frame& out, ui
   const Kernel* kernel = to_rgb ? in.space->to_rgb : out.space->from_rgb;
   args.rgb_first = (to_rgb ? out : in).space->id == CS_RGB;
   return RunKernel(*kernel, in, src, out, dst, args);
-}
-
-// Neither side is RGB: the two kernels meet in a packed R, G, B frame.
-Status ConvertThroughRgb(const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst) {
-  const Frame between{FindSpace(CS_RGB), in.width, in.height, 0};
-  const auto rgb = NewArray<uint8_t>(between.BytesToLastPixel());
-  if (!rgb) return kNoMemory;
-  if (const Status status = ConvertByKernel(in, src, between, rgb.get(), {}); !Ok(status)) return status;
-  return ConvertByKernel(between, rgb.get(), out, dst, {});
 }
 
 // The settings of the converter's own; the side that is not RGB tells which.
@@ -106,13 +96,18 @@ Status ConvertByActiveMethod(const ColorConverter& converter, const Frame& in, c
 
 Status ConvertDirect(const Frame& in, const uint8_t* src, const Frame& out, uint8_t* dst) {
   if (const Status status = CheckSizeRules(in, out); !Ok(status)) return status;
-  if (!IsReadable(src, in.BytesWithPadding()) || !IsWritable(dst, out.BytesWithPadding())) return kBadPointer;
+  if (!AreAccessible(in, src, out, dst, &Frame::BytesWithPadding)) return kBadPointer;
   if (in.space == out.space) {
     if (src == dst && in.Padding() == out.Padding()) return kInPlacePadding;
     return CopyLines(LinesOf(in, src), LinesOf(out, dst));
   }
-  if (IsRgb(*in.space) || IsRgb(*out.space)) return ConvertByKernel(in, src, out, dst, {});
-  return ConvertThroughRgb(in, src, out, dst);
+  if (!IsRgb(*in.space) && !IsRgb(*out.space)) {
+    return RunKernelPair(*in.space->to_rgb, *out.space->from_rgb, in, src, out, dst);
+  }
+  Frame tested_in = in, tested_out = out;
+  tested_in.tested = in.BytesWithPadding();
+  tested_out.tested = out.BytesWithPadding();
+  return ConvertByKernel(tested_in, src, tested_out, dst, {});
 }
 
 Status ConvertByConverter(const ColorConverter& converter, const Frame& in, const uint8_t* src, const Frame& out,

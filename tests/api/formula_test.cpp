@@ -128,23 +128,22 @@ TEST(ProfileCmyk, KeepsGreysAndReturnsColours) {
 
 TEST(Formulas, ChainedPairsEqualTheirTwoKernels) {
   const uint32_t ids[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 14, 15, 128};
-  constexpr int32_t kWidth = 16, kHeight = 8;
+  constexpr int32_t kWidth = 1376, kHeight = 12;  // more than one strip, whose rows are 4 or 7
   Bytes source = RandomBytes(size_t{kWidth} * kHeight * 4);
+  for (uint8_t& byte : source) byte |= 1;  // no colour of CS_HLS is refused
   for (const uint32_t from : ids) {
     Bytes rgb(kWidth * kHeight * 3);
-    const int32_t first = Q_ClrConvertDirect(from, CS_RGB, source.data(), rgb.data(), kWidth, kHeight, 0, 0);
+    ASSERT_EQ(Q_ClrConvertDirect(from, CS_RGB, source.data(), rgb.data(), kWidth, kHeight, 0, 0), SUCCESS);
     for (const uint32_t to : ids) {
       if (from == to) continue;
       SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(to));
-      Bytes steps(kWidth * kHeight * 4, 0xEE), chained(steps), by_handle(steps);
-      const int32_t second = Q_ClrConvertDirect(CS_RGB, to, rgb.data(), steps.data(), kWidth, kHeight, 0, 0);
-      ASSERT_EQ(second, SUCCESS);
-      if (first != SUCCESS) std::ranges::fill(steps, uint8_t{0xEE});
-      EXPECT_EQ(Q_ClrConvertDirect(from, to, source.data(), chained.data(), kWidth, kHeight, 0, 0), first);
+      Bytes steps = source, chained(source), by_handle(source);  // what is not written stays
+      ASSERT_EQ(Q_ClrConvertDirect(CS_RGB, to, rgb.data(), steps.data(), kWidth, kHeight, 0, 0), SUCCESS);
+      EXPECT_EQ(Q_ClrConvertDirect(from, to, source.data(), chained.data(), kWidth, kHeight, 0, 0), SUCCESS);
       EXPECT_EQ(chained, steps);
       const ConverterPtr converter = MakeConverter(from, to);
-      EXPECT_EQ(Q_ClrConvert(converter.get(), source.data(), by_handle.data(), kWidth, kHeight, 0, 0), SUCCESS);
-      EXPECT_EQ(by_handle, steps);
+      EXPECT_EQ(Q_ClrConvert(converter.get(), by_handle.data(), by_handle.data(), kWidth, kHeight, 0, 0), SUCCESS);
+      EXPECT_EQ(by_handle, steps) << "over its own source";
     }
   }
 }
@@ -155,6 +154,11 @@ TEST(Formulas, HlsStopsAtAGreyWithAHue) {
   source[3 * 5 + 2] = 0;  // grey
   EXPECT_EQ(Q_ClrConvertDirect(CS_HLS, CS_RGB, source.data(), target.data(), 4, 3, 0, 0), ERR_ICC_TAG_NOT_FOUND);
   EXPECT_EQ(std::ranges::count(target, 0xEE), 3 * 7) << "the five pixels before it are written, no more";
+
+  Bytes large(3 * 1376 * 12, 200), chained(large.size(), 0xEE);  // in the last strip
+  large[large.size() - 1] = 0;
+  EXPECT_EQ(Q_ClrConvertDirect(CS_HLS, CS_XYZ, large.data(), chained.data(), 1376, 12, 0, 0), ERR_ICC_TAG_NOT_FOUND);
+  EXPECT_EQ(std::ranges::count(chained, 0xEE), std::ssize(chained)) << "on the way through RGB, none";
 }
 
 }  // namespace

@@ -41,6 +41,12 @@ int HLSValue(int m1, int m2, int hue) {
   return m1;
 }
 
+Status HLSCheck(const uint8_t* src, size_t width) {
+  bool refused = false;
+  for (size_t x = 0; x < width; ++x) refused |= src[3 * x + 2] == 0 && src[3 * x] != 0;
+  return refused ? kIccTagNotFound : kSuccess;
+}
+
 // A grey pixel with a hue ends the conversion there: intended. What stands before it is written.
 Status HLSToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
   for (; width > 0; --width, src += 3, dst += 3) {
@@ -61,6 +67,6 @@ Status HLSToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
 }  // namespace
 
 const Kernel RGBToHLS = PixelKernel<RGBToHLSPixel, 3, 3>("RGBToHLS");
-const Kernel HLSToRGB = {"HLSToRGB", HLSToRGBRow, 3, 3};
+const Kernel HLSToRGB = {.name = "HLSToRGB", .row = HLSToRGBRow, .src_bytes = 3, .dst_bytes = 3, .check = HLSCheck};
 
 }  // namespace qv
