@@ -151,12 +151,12 @@ HWY_INLINE void StoreRgbPlanes(const RgbPlanes& rgb, uint8_t* dst, const RowArgs
   StorePlanes(args.rgb_first ? Planes{rgb.r, rgb.g, rgb.b} : Planes{rgb.b, rgb.g, rgb.r}, dst);
 }
 
-// A row by blocks of kBlock pixels, block(src, dst) each, which loads all that it reads before it stores; what is left
+// A row by blocks of kPixels pixels, block(src, dst) each, which loads all that it reads before it stores; what is left
 // pixel by pixel.
-template <auto kPixel, size_t kSrcBytes, size_t kDstBytes, typename Block>
+template <auto kPixel, size_t kSrcBytes, size_t kDstBytes, size_t kPixels = kBlock, typename Block>
 HWY_INLINE Status BlockRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args, Block&& block) {
 #if QV_HAS_VECTORS
-  for (; width >= kBlock; width -= kBlock, src += kBlock * kSrcBytes, dst += kBlock * kDstBytes) block(src, dst);
+  for (; width >= kPixels; width -= kPixels, src += kPixels * kSrcBytes, dst += kPixels * kDstBytes) block(src, dst);
 #else
   static_cast<void>(block);
 #endif

@@ -5,7 +5,7 @@
 #define HWY_TARGET_INCLUDE "qvclr/kernels/cmy.cpp"
 #include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
-#include "qvclr/kernels/blocks-inl.h"
+#include "qvclr/kernels/reverse-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qv::HWY_NAMESPACE {
@@ -19,11 +19,17 @@ inline void CmyPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
   dst[2] = static_cast<uint8_t>(255 - last);
 }
 
+HWY_INLINE void Complement(const uint8_t* src, uint8_t* dst) {
+  const U8 d;
+  const auto first = hn::LoadU(d, src), middle = hn::LoadU(d, src + kBlock), last = hn::LoadU(d, src + 2 * kBlock);
+  hn::StoreU(hn::Not(first), d, dst);
+  hn::StoreU(hn::Not(middle), d, dst + kBlock);
+  hn::StoreU(hn::Not(last), d, dst + 2 * kBlock);
+}
+
 Status CmyRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  return BlockRow<CmyPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
-    const RgbPlanes rgb = LoadRgbPlanes(from, args);
-    StorePlanes({hn::Not(rgb.r), hn::Not(rgb.g), hn::Not(rgb.b)}, to);
-  });
+  if (args.rgb_first) return BlockRow<CmyPixel, 3, 3>(src, dst, width, args, Complement);
+  return BlockRow<CmyPixel, 3, 3, kReverseBlock>(src, dst, width, args, ReversePixels<true>);
 }
 
 }  // namespace

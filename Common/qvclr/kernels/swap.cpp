@@ -4,7 +4,7 @@
 #define HWY_TARGET_INCLUDE "qvclr/kernels/swap.cpp"
 #include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
-#include "qvclr/kernels/blocks-inl.h"
+#include "qvclr/kernels/reverse-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qv::HWY_NAMESPACE {
@@ -18,10 +18,7 @@ inline void SwapPixel(const uint8_t* src, uint8_t* dst, const RowArgs& /*args*/)
 }
 
 Status SwapRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  return BlockRow<SwapPixel, 3, 3>(src, dst, width, args, [](const uint8_t* from, uint8_t* to) HWY_ATTR {
-    const Planes planes = LoadPlanes(from);
-    StorePlanes({planes.last, planes.middle, planes.first}, to);
-  });
+  return BlockRow<SwapPixel, 3, 3, kReverseBlock>(src, dst, width, args, ReversePixels<false>);
 }
 
 }  // namespace
