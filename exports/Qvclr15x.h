@@ -265,6 +265,36 @@ Q_EXPORTED int32_t Q_ClrIsValid(const ColorConverter* hConverter);
  * without the resources shows when a converter is made. The library itself is the module until this is called. */
 Q_EXPORTED void SetResModule(void* hModule);
 
+#ifdef _WIN32
+/* Windows only: lets the user of a program choose how CMYK or CIE Lab is converted, in a modal dialog, and makes a
+ * converter from that where phConverter is not null. Returns 1 when the user accepted: the record is one that
+ * Q_ClrInit takes, and has been tried. 0: cancelled, or the window went with its owner; nothing is written.
+ *
+ * pnSrcSpace and pnDstSpace go in with the pair: CS_CMYK or CS_LAB on one side, CS_RGB or CS_BGR on the other. The user
+ * may switch between these two. The dialog opens with what the record holds. It sets nActiveMethod, nMethodMask (to the
+ * same, one method), for METHOD_TABLE nEmulationTableKind, and what the method uses: the two profile names
+ * (METHOD_CUSTOM_ICC; but not of a side with a profile in memory), the table's name (METHOD_CUSTOM_TABLE), the white
+ * point (profiles), nBlackParam or the six values of LabParams (formulas). The white point and the values are written
+ * into the caller's sub-records; they must be writable, and what has none cannot be set. All else stays as it is, the
+ * nFlags of the sub-records too. A pair that has no table, RGB to CMYK, does not offer the methods of tables.
+ *
+ * The user is told of what Q_ClrInit would refuse, and the dialog stays open. Its template and strings are read from
+ * the resource module (see SetResModule), so that they can be translated.
+ *
+ * Checks, in this order: a null argument other than hWndParent and phConverter, or an hWndParent that is no window:
+ * -13; phConverter, a space or the record not writable: -60; the size field of a ConversionParams: -789; the pair:
+ * -785; pWhitePoint or the sub-record of the pair not writable: -60, the latter's size field: -789. A template that the
+ * resource module lacks: the system's error number.
+ *
+ * hWndParent is the HWND of the owner, or null. Q_ClrDlgA: a name that has no narrow form, or none of up to 259 bytes,
+ * is not accepted from the user; a name that could not be converted to wide is shown empty, and kept unless another
+ * takes its place. */
+Q_EXPORTED int32_t Q_ClrDlg(void* hWndParent, ColorConverter** phConverter, uint32_t* pnSrcSpace, uint32_t* pnDstSpace,
+                            ConversionParams* pParams);
+Q_EXPORTED int32_t Q_ClrDlgA(void* hWndParent, ColorConverter** phConverter, uint32_t* pnSrcSpace, uint32_t* pnDstSpace,
+                             ConversionParamsA* pParams);
+#endif
+
 /* Converts width x height pixels. A line holds (width * bits + 7) / 8 bytes, then nInAlign (nOutAlign) bytes of
  * padding, which the last line may lack; output padding is never written. The buffers may overlap, and pSrc may
  * equal pDst.

@@ -3,8 +3,9 @@
 
 check_exports.py DEF LIBRARY...   (.so and .dll)
 
-Each exports exactly the names of the module definition. A DLL needs no other DLL than Windows' own, and moves no
-32- or 64-byte vector as an aligned one at a stack address: the stack of Windows is aligned to 16 bytes only.
+Each exports exactly the names of the module definition, a .so those above its line `; Windows only`. A DLL needs no
+other DLL than Windows' own, and moves no 32- or 64-byte vector as an aligned one at a stack address: the stack of
+Windows is aligned to 16 bytes only.
 """
 import re
 import subprocess
@@ -34,7 +35,16 @@ def aligned_stack_moves(path):
     return [line.strip() for line in code.splitlines() if move.search(line) and stack.search(line)]
 
 
-def faults_of(path, wanted):
+def names_of(definition):
+    """The names of every system, and those of Windows."""
+    with open(definition, encoding="ascii") as text:
+        parts = text.read().split("; Windows only\n")
+    common, windows_only = ({line.strip() for line in part.splitlines() if line.startswith("    ")} for part in parts)
+    return common, common | windows_only
+
+
+def faults_of(path, common, of_windows):
+    wanted = of_windows if path.endswith(".dll") else common
     if not path.endswith(".dll"):
         exported = exports_of_so(path)
     else:
@@ -50,10 +60,9 @@ def faults_of(path, wanted):
 
 
 def main(definition, *libraries):
-    with open(definition, encoding="ascii") as lines:
-        wanted = {line.strip() for line in lines if line.startswith("    ")}
-    faults = [f"{path}: {fault}" for path in libraries for fault in faults_of(path, wanted)]
-    print("\n".join(faults) if faults else f"{len(wanted)} exports, the same in {len(libraries)} libraries")
+    names = names_of(definition)
+    faults = [f"{path}: {fault}" for path in libraries for fault in faults_of(path, *names)]
+    print("\n".join(faults) if faults else f"{len(names[1])} names: {len(libraries)} libraries export what they should")
     return 1 if faults else 0
 
 

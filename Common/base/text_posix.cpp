@@ -48,6 +48,13 @@ bool WideFromNarrow(std::span<const char> narrow, std::span<QWChar> wide) {
   return true;
 }
 
+bool NarrowFromWide(const QWChar* wide, std::span<char> narrow) {
+  std::ranges::fill(narrow, '\0');
+  if (Utf8FromWide(wide, narrow)) return true;
+  std::ranges::fill(narrow, '\0');
+  return false;
+}
+
 bool Utf8FromWide(const QWChar* wide, std::span<char> utf8) {
   size_t used = 0;
   while (*wide) {

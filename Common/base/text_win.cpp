@@ -1,7 +1,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <string_view>
 
+#include "base/memory.h"
 #include "base/text.h"
 
 namespace qv {
@@ -14,6 +16,21 @@ bool WideFromNarrow(std::span<const char> narrow, std::span<QWChar> wide) {
                                         wide.data(), static_cast<int>(wide.size()));
   if (units > 0) return true;
   std::ranges::fill(wide, QWChar{0});
+  return false;
+}
+
+bool NarrowFromWide(const QWChar* wide, std::span<char> narrow) {
+  std::ranges::fill(narrow, '\0');
+  const int room = static_cast<int>(narrow.size());
+  if (WideCharToMultiByte(CP_ACP, 0, wide, -1, narrow.data(), room, nullptr, nullptr) > 0) {
+    // The system puts similar characters for those that the code page lacks; which ones, only the way back tells.
+    const int units = MultiByteToWideChar(CP_ACP, 0, narrow.data(), -1, nullptr, 0);
+    if (auto back = NewArray<QWChar>(static_cast<size_t>(units))) {
+      MultiByteToWideChar(CP_ACP, 0, narrow.data(), -1, back.get(), units);
+      if (std::wstring_view(back.get()) == wide) return true;
+    }
+  }
+  std::ranges::fill(narrow, '\0');
   return false;
 }
 

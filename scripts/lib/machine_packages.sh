@@ -5,7 +5,8 @@ readonly LINUX_PACKAGES=(cmake ninja-build g++ pkg-config python3 liblcms2-dev l
   zlib1g-dev libhwy-dev libcli11-dev)
 readonly CHECK_PACKAGES=(git clang clang-14 clang-format clang-tidy libclang-rt-14-dev libgtest-dev libgmock-dev
   libbenchmark-dev)
-readonly WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 nasm dpkg-dev xz-utils)
+readonly WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine wine64 fonts-wine
+  xvfb xauth nasm dpkg-dev xz-utils)
 readonly PEER_PACKAGES=(libopencv-dev libyuv-dev libswscale-dev libbabl-dev)
 readonly PROFILE_PACKAGES=(argyll icc-profiles-free)
 

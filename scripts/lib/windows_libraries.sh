@@ -96,14 +96,15 @@ copy_cli11() {  # copied, so that the cross compiler never sees /usr/include
   echo "$version" >"$stamp"
 }
 
-# A fresh Wine takes seconds to set itself up; the tests find it ready.
+# A fresh Wine takes seconds to set itself up; the tests find it ready, without a screen and with one.
 ready_wine() {
   local version stamp=$PREFIX/stamps/wine
-  version=$(dpkg-query -W -f '${Version}' wine64)
+  version="$(dpkg-query -W -f '${Version}' wine64) with a screen"
   [[ $(cat "$stamp" 2>/dev/null) != "$version" ]] || return 0
   say "readying Wine $version"
   # What stays in the background must not keep the lock.
   logged wine "$ROOT/scripts/lib/wine" cmd /c exit 9>&-
+  QV_WINE_DPI=96 logged wine "$ROOT/scripts/lib/wine" cmd /c exit 9>&-
   echo "$version" >"$stamp"
 }
 
