@@ -88,7 +88,7 @@ Status RunKernelPair(const Kernel& to_rgb, const Kernel& from_rgb, const Frame& 
   Sides sides;
   if (const Status status = sides.Prepare(WithoutPlanarPadding(in), src, out, dst); !Ok(status)) return status;
   for (size_t row = 0; to_rgb.check && row < height; ++row) {
-    if (const Status status = to_rgb.check(sides.from.From(row).first, width); !Ok(status)) return status;
+    if (const Status s = to_rgb.check(sides.from.From(row).first, nullptr, width, {}); !Ok(s)) return s;
   }
 
   RowArgs in_args{.height = height, .rgb_stride = rgb_bytes}, out_args = in_args;

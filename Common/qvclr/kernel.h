@@ -2,6 +2,7 @@
 // byte order and the row loop are in kernel.cpp, once for all kernels.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -11,11 +12,11 @@ namespace qv {
 
 struct Frame;
 
-// Black generation of the CMYK formulas: the powers of the parameter that one call needs.
+// Black generation of the CMYK formulas: what one call needs of the parameter.
 struct BlackGeneration {
-  double base;          // the parameter as a fraction
-  double fifth_power;   // of the base
-  int32_t grey_factor;  // 256ths of its fourth power, as a 16-bit integer
+  double fifth_power;                    // of the parameter as a fraction
+  int32_t grey_factor;                   // 256ths of its fourth power, as a 16-bit integer
+  std::array<uint8_t, 256> of_smallest;  // black by the smallest of the inks
 };
 
 // What a row function is told beside its pixels.
@@ -42,8 +43,8 @@ struct Kernel {
   uint8_t src_bytes, dst_bytes;  // of one unit: a pixel, or a packed group of pixels
   uint8_t unit_pixels = 1;
   uint8_t band_rows = 1;
-  void (*prepare)(RowArgs& args) = nullptr;                     // fills what a call needs once
-  Status (*check)(const uint8_t* src, size_t width) = nullptr;  // what a row would refuse, where it refuses anything
+  void (*prepare)(RowArgs& args) = nullptr;  // fills what a call needs once
+  RowFn check = nullptr;                     // writes nothing, and returns what `row` would; null where that is success
 };
 
 // Makes a row of a pixel function.

@@ -5,8 +5,6 @@
 namespace qv {
 namespace {
 
-constexpr double kLinearBelow = 0.008856, kSlope = 7.7867, kIntercept = 0.13793103448275862;  // 16 / 116
-
 constexpr std::array<double, 3> kWhite = {95.0166015625, 100.0, 108.76499938964844};
 constexpr std::array<double, 9> kRgbFromXyz = {3.240478992462158,   -1.5371500253677368,  -0.49853500723838806,
                                                -0.9692559838294983, 1.875991940498352,    0.04155600070953369,

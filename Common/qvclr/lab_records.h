@@ -31,6 +31,7 @@ static_assert(sizeof(RgbToLabRecord) == 17560);
 inline constexpr double kLabCurveSteps = 1740;  // the table reaches t = 1.105; quotients of RGB stay below 1.002
 
 // f of CIE 15, with the constants of this library's Lab formulas.
+inline constexpr double kLinearBelow = 0.008856, kSlope = 7.7867, kIntercept = 0.13793103448275862;  // 16 / 116
 double LabCurve(double t);
 double InverseLabCurve(double f);
 

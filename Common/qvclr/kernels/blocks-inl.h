@@ -106,49 +106,56 @@ struct RgbPlanes {
 #if QV_HAS_BYTE_PERMUTES
 HWY_INLINE __m512i OrderOf(const blocks::Order64& order) { return _mm512_load_si512(order.data()); }
 
-template <size_t kChannel>
+template <typename Orders>
 HWY_INLINE ByteVector TakeChannel(__m512i first, __m512i second, __m512i third) {
-  using Orders = blocks::Orders<kChannel>;
   const __m512i of_two = _mm512_permutex2var_epi8(first, OrderOf(Orders::kFromFirstTwo), second);
   return ByteVector{_mm512_permutex2var_epi8(of_two, OrderOf(Orders::kFromThird), third)};
 }
+template <template <size_t> typename Orders = blocks::Orders>
 HWY_INLINE Planes LoadPlanes(const uint8_t* src) {
   const __m512i first = _mm512_loadu_si512(src), second = _mm512_loadu_si512(src + 64),
                 third = _mm512_loadu_si512(src + 128);
-  return {TakeChannel<0>(first, second, third), TakeChannel<1>(first, second, third),
-          TakeChannel<2>(first, second, third)};
+  return {TakeChannel<Orders<0>>(first, second, third), TakeChannel<Orders<1>>(first, second, third),
+          TakeChannel<Orders<2>>(first, second, third)};
 }
 
-template <size_t kPart>
+template <typename Orders>
 HWY_INLINE void StorePart(const Planes& planes, uint8_t* dst) {
-  using Orders = blocks::Orders<kPart>;
   const __m512i two = _mm512_permutex2var_epi8(planes.first.raw, OrderOf(Orders::kFirstTwoInto), planes.middle.raw);
-  _mm512_storeu_si512(dst + 64 * kPart, _mm512_permutex2var_epi8(two, OrderOf(Orders::kThirdInto), planes.last.raw));
+  _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(two, OrderOf(Orders::kThirdInto), planes.last.raw));
 }
+template <template <size_t> typename Orders = blocks::Orders>
 HWY_INLINE void StorePlanes(const Planes& planes, uint8_t* dst) {
-  StorePart<0>(planes, dst);
-  StorePart<1>(planes, dst);
-  StorePart<2>(planes, dst);
+  StorePart<Orders<0>>(planes, dst);
+  StorePart<Orders<1>>(planes, dst + 64);
+  StorePart<Orders<2>>(planes, dst + 128);
 }
 #else
 // kBlock pixels of three bytes.
+template <template <size_t> typename = blocks::Orders>
 HWY_INLINE Planes LoadPlanes(const uint8_t* src) {
   Planes planes;
   hn::LoadInterleaved3(U8(), src, planes.first, planes.middle, planes.last);
   return planes;
 }
+template <template <size_t> typename = blocks::Orders>
 HWY_INLINE void StorePlanes(const Planes& planes, uint8_t* dst) {
   hn::StoreInterleaved3(planes.first, planes.middle, planes.last, U8(), dst);
 }
 #endif
 
+template <template <size_t> typename Orders = blocks::Orders>
 HWY_INLINE RgbPlanes LoadRgbPlanes(const uint8_t* src, const RowArgs& args) {
-  const Planes planes = LoadPlanes(src);
+  const Planes planes = LoadPlanes<Orders>(src);
   return args.rgb_first ? RgbPlanes{planes.first, planes.middle, planes.last}
                         : RgbPlanes{planes.last, planes.middle, planes.first};
 }
+HWY_INLINE Planes InByteOrder(const RgbPlanes& rgb, const RowArgs& args) {
+  return args.rgb_first ? Planes{rgb.r, rgb.g, rgb.b} : Planes{rgb.b, rgb.g, rgb.r};
+}
+template <template <size_t> typename Orders = blocks::Orders>
 HWY_INLINE void StoreRgbPlanes(const RgbPlanes& rgb, uint8_t* dst, const RowArgs& args) {
-  StorePlanes(args.rgb_first ? Planes{rgb.r, rgb.g, rgb.b} : Planes{rgb.b, rgb.g, rgb.r}, dst);
+  StorePlanes<Orders>(InByteOrder(rgb, args), dst);
 }
 
 // A row by blocks of kPixels pixels, block(src, dst) each, which loads all that it reads before it stores; what is left

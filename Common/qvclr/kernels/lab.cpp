@@ -1,141 +1,187 @@
-// CS_LAB by formula: sRGB primaries, D65, and a display gamma of 1 / 0.45. Without settings L* is truncated and stored
-// as L* x 255 / 100, a* and b* are truncated signed bytes. A converter with settings of its own (RowArgs::record, a
-// record of lab_records.h) codes by its offsets and ranges, and rounds.
-#include <algorithm>
-#include <array>
-#include <span>
-
+// CS_LAB by formula, in vectors of single precision without settings of the converter's own. Of the colours that come
+// near to the next byte the pixel functions decide.
 #include "qvclr/kernels/kernels.h"
-#include "qvclr/kernels/pixel.h"
-#include "qvclr/lab_records.h"
+#include "qvclr/kernels/lab_pixel.h"
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "qvclr/kernels/lab.cpp"
+#include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
+#include "qvclr/kernels/lab_record-inl.h"
+#include "qvclr/kernels/powers-inl.h"
+
+#ifndef QV_LAB_ONCE
+#define QV_LAB_ONCE
 namespace qv {
 namespace {
 
-constexpr uint32_t kPlainGamma = 45;
-
-struct Triple {
-  double x, y, z;
+struct PlainTables {
+  blocks::FloatTable linear;
+  std::array<float, 9> to_xyz{}, to_rgb{};             // XYZ relative to the white
+  blocks::NearPowers cube_roots{21, 480, 1.0 / 3, 1};  // from 2^-7 on
+  blocks::NearPowers bytes{23, 106, 0.45, 255};        // from 2^-21 on
 };
-Triple Multiply(const std::array<double, 9>& m, const Triple& v) {
-  return {m[0] * v.x + m[1] * v.y + m[2] * v.z, m[3] * v.x + m[4] * v.y + m[5] * v.z,
-          m[6] * v.x + m[7] * v.y + m[8] * v.z};
-}
-
-struct Lab {
-  double l, a, b;
-};
-
-const RgbToLabRecord& PlainFromRgb() {
-  static const RgbToLabRecord record = [] {
-    RgbToLabRecord made{.constants = RgbToLabConstants({})};
-    BuildTables(made, kPlainGamma);
+const PlainTables& Plain() {
+  static const PlainTables tables = [] {
+    PlainTables made{blocks::FloatTable(lab::PlainFromRgb().linear)};
+    const LabConstants &from_rgb = lab::PlainFromRgb().constants, &to_rgb = lab::PlainToRgb();
+    for (size_t i = 0; i < 9; ++i) {
+      made.to_xyz[i] = static_cast<float>(from_rgb.matrix[i] * 100 / from_rgb.white[i / 3]);
+      made.to_rgb[i] = static_cast<float>(to_rgb.matrix[i] * to_rgb.white[i % 3] / 100);
+    }
     return made;
   }();
-  return record;
-}
-
-// XYZ of a pixel relative to the white.
-Triple RelativeXyz(const Rgb& rgb, const RgbToLabRecord& record) {
-  const auto linear = [&](int channel) { return record.linear[static_cast<size_t>(channel)]; };
-  const auto& white = record.constants.white;
-  const Triple xyz = Multiply(record.constants.matrix, {linear(rgb.r), linear(rgb.g), linear(rgb.b)});
-  return {xyz.x * 100 / white[0], xyz.y * 100 / white[1], xyz.z * 100 / white[2]};
-}
-
-template <typename Curve>
-Lab LabFromRelativeXyz(const Triple& xyz, Curve&& curve) {
-  const double fx = curve(xyz.x), fy = curve(xyz.y), fz = curve(xyz.z);
-  return {116 * fy - 16, 500 * (fx - fy), 200 * (fy - fz)};
-}
-
-void RGBToLabPixel(const Rgb& rgb, uint8_t* dst) {
-  const Lab lab = LabFromRelativeXyz(RelativeXyz(rgb, PlainFromRgb()), LabCurve);
-  dst[0] = static_cast<uint8_t>(TruncateToInt32(lab.l) * 255 / 100);
-  dst[1] = LowByte(lab.a);
-  dst[2] = LowByte(lab.b);
-}
-
-// Between the entries of the record's table; within a fiftieth of a step of the curve itself.
-double TabledLabCurve(double t, const RgbToLabRecord& record) {
-  const double at = t * kLabCurveSteps;
-  const auto below = std::min(static_cast<size_t>(at), record.lab_curve.size() - 2);
-  const double first = record.lab_curve[below], second = record.lab_curve[below + 1];
-  return first + (second - first) * (at - static_cast<double>(below));
-}
-
-uint8_t Coded(double value, int32_t offset, int32_t range) { return ClampedByte(value * 255 / range + offset + 0.5); }
-
-void RGBToLabByRecord(const Rgb& rgb, const RgbToLabRecord& record, uint8_t* dst) {
-  const Lab lab = LabFromRelativeXyz(RelativeXyz(rgb, record), [&](double t) { return TabledLabCurve(t, record); });
-  const LabConstants& coding = record.constants;
-  dst[0] = Coded(lab.l, coding.l_offset, coding.l_range);
-  dst[1] = Coded(lab.a, coding.a_offset, coding.a_range);
-  dst[2] = Coded(lab.b, coding.b_offset, coding.b_range);
-}
-
-Status RGBToLabRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  const auto* record = static_cast<const RgbToLabRecord*>(args.record);
-  for (; width > 0; --width, src += 3, dst += 3) {
-    const Rgb rgb = LoadRgb(src, args);
-    record ? RGBToLabByRecord(rgb, *record, dst) : RGBToLabPixel(rgb, dst);
-  }
-  return kSuccess;
-}
-
-// Where the bytes of linear values begin: value^0.45 x 255 rounded to nearest is the number of these up to the value.
-const std::array<double, 255>& ByteBegins() {
-  static const auto begins = [] {
-    std::array<double, 255> made{};
-    for (size_t i = 0; i < made.size(); ++i) made[i] = BeginOfByte(i + 1, kPlainGamma);
-    return made;
-  }();
-  return begins;
-}
-
-// The middle of what the forward formula truncates to the bytes: that shortens the way back to about half. Black and
-// white are exact.
-Lab MiddleOfBytes(const uint8_t* src) {
-  const auto middle = [](int truncated) {
-    return truncated > 0 ? truncated + 0.5 : truncated < 0 ? truncated - 0.5 : 0;
-  };
-  const int whole_l = (src[0] * 100 + 254) / 255;  // the L* that was stored as this byte
-  const bool an_end = whole_l == 0 || whole_l == 100;
-  return {an_end ? whole_l : whole_l + 0.5, middle(Signed(src[1])), middle(Signed(src[2]))};
-}
-
-Lab Decoded(const uint8_t* src, const LabConstants& coding) {
-  const auto value = [](int byte, int32_t offset, int32_t range) {
-    return (static_cast<double>(byte) - offset) * range / 255;
-  };
-  return {value(src[0], coding.l_offset, coding.l_range), value(src[1], coding.a_offset, coding.a_range),
-          value(src[2], coding.b_offset, coding.b_range)};
-}
-
-template <typename Begin>
-Rgb RgbFromLab(const Lab& lab, const LabConstants& constants, std::span<const Begin, 255> begins) {
-  const auto& white = constants.white;
-  const double fy = (lab.l + 16) / 116;
-  const Triple linear = Multiply(
-      constants.matrix, {InverseLabCurve(fy + lab.a / 500) * white[0] / 100, InverseLabCurve(fy) * white[1] / 100,
-                         InverseLabCurve(fy - lab.b / 200) * white[2] / 100});
-  const auto byte = [&](double value) {
-    return static_cast<int>(std::upper_bound(begins.begin(), begins.end(), value) - begins.begin());
-  };
-  return {byte(linear.x), byte(linear.y), byte(linear.z)};
-}
-
-void LabToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
-  static const LabConstants plain = LabToRgbConstants({});
-  const auto* record = static_cast<const LabToRgbRecord*>(args.record);
-  StoreRgb(record ? RgbFromLab<float>(Decoded(src, record->constants), record->constants, record->byte_begins)
-                  : RgbFromLab<double>(MiddleOfBytes(src), plain, ByteBegins()),
-           dst, args);
+  return tables;
 }
 
 }  // namespace
-
-const Kernel RGBToLab = {"RGBToLab", RGBToLabRow, 3, 3};
-const Kernel LabToRGB = PixelKernel<LabToRGBPixel, 3, 3>("LabToRGB");
-
 }  // namespace qv
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
+namespace {
+
+#if QV_HAS_VECTORS
+
+HWY_INLINE FloatVector SumOf(const float* factors, FloatVector x, FloatVector y, FloatVector z) {
+  const auto factor = [&](size_t i) HWY_ATTR { return hn::Set(F32(), factors[i]); };
+  return hn::MulAdd(factor(2), z, hn::MulAdd(factor(1), y, hn::Mul(factor(0), x)));
+}
+
+HWY_INLINE FloatVector CurveOf(FloatVector t, const PlainTables& plain) {
+  const auto line = hn::MulAdd(t, SetFloat(kSlope), SetFloat(kIntercept));
+  return hn::IfThenElse(hn::Gt(t, SetFloat(kLinearBelow)), CubeRoot(t, plain.cube_roots), line);
+}
+
+HWY_INLINE void RGBToLabBlock(const uint8_t* src, uint8_t* dst, const PlainTables& plain, const RowArgs& args) {
+  constexpr double kWindow = 6e-5;
+  const RgbPlanes rgb = LoadRgbPlanes(src, args);
+  const Floats r = LookUp(plain.linear, rgb.r), g = LookUp(plain.linear, rgb.g), b = LookUp(plain.linear, rgb.b);
+  Ints whole_l, whole_a, whole_b;
+  Floats clearance;
+  for (size_t i = 0; i < 4; ++i) {
+    const auto curve = [&](size_t row) HWY_ATTR {
+      return CurveOf(SumOf(&plain.to_xyz[3 * row], r.at[i], g.at[i], b.at[i]), plain);
+    };
+    const auto fx = curve(0), fy = curve(1), fz = curve(2);
+    auto lightness = hn::MulAdd(fy, SetFloat(116), SetFloat(-16));
+    // White is a little above 100, and no other colour comes near.
+    lightness = hn::Add(lightness, hn::IfThenElseZero(hn::Gt(lightness, SetFloat(99.99)), SetFloat(0.25)));
+    const auto to_red = hn::Mul(hn::Sub(fx, fy), SetFloat(500)), to_yellow = hn::Mul(hn::Sub(fy, fz), SetFloat(200));
+    whole_l.at[i] = WholeOf(lightness);
+    whole_a.at[i] = WholeOf(to_red);
+    whole_b.at[i] = WholeOf(to_yellow);
+    clearance.at[i] = LeastMagnitude(OffWholeButZero(lightness), OffWholeButZero(to_red), OffWholeButZero(to_yellow));
+  }
+  const auto percent = [](WordVector words) HWY_ATTR {
+    return hn::Add(hn::Add(words, words), TimesOver65536(words, 36045));  // x 255 / 100, rounded down, up to 100
+  };
+  StoreSettledPlanes<lab::RGBToLabPixel>(
+      clearance, kWindow,
+      {BytesOf(ForWords(percent, WordsOf(whole_l))), LowBytesOf(WordsOf(whole_a)), LowBytesOf(WordsOf(whole_b))}, src,
+      dst, args);
+}
+
+HWY_INLINE FloatVector CubeOf(FloatVector f) {
+  const auto cube = hn::Mul(f, hn::Mul(f, f));
+  const auto line = hn::Mul(hn::Sub(f, SetFloat(kIntercept)), SetFloat(1 / kSlope));
+  return hn::IfThenElse(hn::Gt(cube, SetFloat(kLinearBelow)), cube, line);
+}
+
+// Twice the middle of what is truncated to a signed byte.
+HWY_INLINE Floats TwiceMiddle(ByteVector bytes) {
+  const Words shifted = WordsOf(hn::Zero(U8()), bytes);
+  const auto middle = [](WordVector word) HWY_ATTR {
+    const auto twice = hn::ShiftRight<7>(hn::BitCast(I16(), word));
+    const auto side = hn::Min(hn::Max(twice, hn::Set(I16(), int16_t{-1})), hn::Set(I16(), int16_t{1}));
+    return hn::BitCast(U16(), hn::Add(twice, side));
+  };
+  const Words middles = ForWords(middle, shifted);
+  const auto zero = hn::Zero(U16());
+  const auto lower = [&](WordVector word) HWY_ATTR {
+    return FloatOf(hn::ShiftRight<16>(hn::BitCast(I32(), hn::InterleaveLower(U16(), zero, word))));
+  };
+  const auto upper = [&](WordVector word) HWY_ATTR {
+    return FloatOf(hn::ShiftRight<16>(hn::BitCast(I32(), hn::InterleaveUpper(U16(), zero, word))));
+  };
+  return {{lower(middles.lower), upper(middles.lower), lower(middles.upper), upper(middles.upper)}};
+}
+
+HWY_INLINE void LabToRGBBlock(const uint8_t* src, uint8_t* dst, const PlainTables& plain, const RowArgs& args) {
+  constexpr double kWindow = 1e-4, kError = 2e-7;
+  const auto [l, a, b] = LoadPlanes(src);
+  const auto percent = [](WordVector word) HWY_ATTR {
+    return Over255(hn::Add(hn::Mul(word, hn::Set(U16(), uint16_t{100})), hn::Set(U16(), uint16_t{254})));
+  };
+  const ByteVector whole = BytesOf(ForWords(percent, WordsOf(l)));
+  const auto an_end = hn::Or(hn::Eq(whole, hn::Zero(U8())), hn::Eq(whole, hn::Set(U8(), uint8_t{100})));
+  const ByteVector twice_l = hn::Add(hn::Add(whole, whole), hn::IfThenZeroElse(an_end, hn::Set(U8(), uint8_t{1})));
+  const Ints ints_l = IntsOf(WordsOf(twice_l));
+  const Floats twice_a = TwiceMiddle(a), twice_b = TwiceMiddle(b);
+
+  Ints red, green, blue;
+  Floats clearance;
+  HWY_UNROLL(4)
+  for (size_t i = 0; i < 4; ++i) {
+    const auto fy = hn::MulAdd(FloatOf(ints_l.at[i]), SetFloat(0.5 / 116), SetFloat(16.0 / 116));
+    const auto x = CubeOf(hn::MulAdd(twice_a.at[i], SetFloat(0.5 / 500), fy)), y = CubeOf(fy),
+               z = CubeOf(hn::MulAdd(twice_b.at[i], SetFloat(-0.5 / 200), fy));
+    const auto error = hn::Mul(SetFloat(kError), hn::Add(hn::Add(hn::Abs(x), y), hn::Abs(z)));
+    const auto channel = [&](size_t row, IntVector& whole_byte) HWY_ATTR {
+      const auto linear = SumOf(&plain.to_rgb[3 * row], x, y, z);
+      const auto byte = ByteOfLinear(hn::Min(hn::Max(linear, SetFloat(0x1p-21)), SetFloat(1)), plain.bytes);
+      whole_byte = WholeOf(byte);
+      // An error of the linear value is one of 0.45 byte / linear as much, at most.
+      return hn::Sub(hn::Mul(hn::Sub(hn::Abs(OffWhole(byte)), SetFloat(kWindow)), hn::Abs(linear)),
+                     hn::Mul(byte, error));
+    };
+    const auto of_red = channel(0, red.at[i]), of_green = channel(1, green.at[i]), of_blue = channel(2, blue.at[i]);
+    clearance.at[i] = hn::Min(of_red, hn::Min(of_green, of_blue));
+  }
+  const RgbPlanes rgb = {BytesOf(WordsOf(red)), BytesOf(WordsOf(green)), BytesOf(WordsOf(blue))};
+  StoreSettledPlanes<lab::LabToRGBPixel>(clearance, 0, InByteOrder(rgb, args), src, dst, args);
+}
+
+Status RGBToLabRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  if (const auto* record = static_cast<const RgbToLabRecord*>(args.record)) {
+    return BlockRow<lab::RGBToLabPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const RgbPlanes rgb = LoadRgbPlanes(from, args);
+      const auto lab = [&](const IntTriple& pixels) HWY_ATTR { return LabOfRgb(pixels, *record); };
+      StorePlanes(ByTriples({rgb.r, rgb.g, rgb.b}, lab), to);
+    });
+  }
+  const PlainTables& plain = Plain();
+  return BlockRow<lab::RGBToLabPixel, 3, 3>(
+      src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR { RGBToLabBlock(from, to, plain, args); });
+}
+Status LabToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  if (const auto* record = static_cast<const LabToRgbRecord*>(args.record)) {
+    return BlockRow<lab::LabToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const auto rgb = [&](const IntTriple& pixels) HWY_ATTR { return RgbOfLab(pixels, *record); };
+      const Planes planes = ByTriples(LoadPlanes(from), rgb);
+      StoreRgbPlanes({planes.first, planes.middle, planes.last}, to, args);
+    });
+  }
+  const PlainTables& plain = Plain();
+  return BlockRow<lab::LabToRGBPixel, 3, 3>(
+      src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR { LabToRGBBlock(from, to, plain, args); });
+}
+#else
+constexpr auto& RGBToLabRow = ScalarRow<lab::RGBToLabPixel, 3, 3>;
+constexpr auto& LabToRGBRow = ScalarRow<lab::LabToRGBPixel, 3, 3>;
+#endif
+
+}  // namespace
+}  // namespace qv::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace qv {
+namespace {
+QV_ROW_OF_THIS_CPU(RGBToLabRow)
+QV_ROW_OF_THIS_CPU(LabToRGBRow)
+}  // namespace
+const Kernel RGBToLab = {"RGBToLab", RGBToLabRowOfThisCpu, 3, 3};
+const Kernel LabToRGB = {"LabToRGB", LabToRGBRowOfThisCpu, 3, 3};
+}  // namespace qv
+#endif
