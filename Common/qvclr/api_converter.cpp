@@ -82,4 +82,4 @@ extern "C" int32_t Q_ClrIsValid(const ColorConverter* hConverter) {
   return AtBoundary(kNoMemory, [&] { return CheckLive(hConverter); });
 }
 
-extern "C" void SetResModule(void* hModule) { TheLibrary().resource_module.store(hModule); }
+extern "C" void SetResModule(void* hModule) { UseResourcesOf(hModule); }

@@ -6,8 +6,9 @@
 #include "base/files.h"
 #include "base/readable.h"
 #include "qvclr/icc_engine.h"
-#include "qvclr/icc_transform.h"
+#include "qvclr/icc_shared.h"
 #include "qvclr/spaces.h"
+#include "qvclr/white_point.h"
 
 namespace qv {
 namespace {
@@ -32,9 +33,11 @@ Status PlanPair(ColorConverter* converter, IccPair* pair) {
   return kSuccess;
 }
 
-Status Make(const IccPair& pair, const ColorConverter& converter, IccTransform** made) {
-  constexpr WhitePointParams kD50 = {50, 0, 0};
-  return IccTransform::Make(pair.in, pair.out, converter.white_point ? *converter.white_point : kD50, made);
+// The white point is that of the side that is not RGB; between two RGB sides there is none, and between two others it
+// would come and go.
+Status WhiteBetween(const IccPair& pair, const ColorConverter& converter, WhitePoint* white) {
+  if (!converter.white_point || IsRgb(*pair.in.space) == IsRgb(*pair.out.space)) return kSuccess;
+  return WhiteOf(*converter.white_point, white);
 }
 
 void Drop(IccTransform*& transform) {
@@ -100,7 +103,9 @@ Status MakeBuiltInIcc(ColorConverter* converter) {
   for (IccSide* side : {&pair.in, &pair.out}) {
     if (const Status status = FindBuiltInProfile(*side->space, &side->profile); !Ok(status)) return status;
   }
-  return Make(pair, *converter, &converter->built_in_icc);
+  WhitePoint white;
+  if (const Status status = WhiteBetween(pair, *converter, &white); !Ok(status)) return status;
+  return ShareTransform(pair.in, pair.out, white, &converter->built_in_icc);
 }
 
 Status MakeCustomIcc(ColorConverter* converter) {
@@ -113,7 +118,9 @@ Status MakeCustomIcc(ColorConverter* converter) {
   Owned<uint8_t[]> in_file, out_file;
   if (const Status s = FindProfile(in, *pair.in.space, &in_file, &pair.in.profile); !Ok(s)) return s;
   if (const Status s = FindProfile(out, *pair.out.space, &out_file, &pair.out.profile); !Ok(s)) return s;
-  return Make(pair, *converter, &converter->custom_icc);
+  WhitePoint white;
+  if (const Status status = WhiteBetween(pair, *converter, &white); !Ok(status)) return status;
+  return IccTransform::Make(pair.in, pair.out, white, &converter->custom_icc);
 }
 
 Status TakeProfiles(const ConversionParams& params, ColorConverter* converter) {

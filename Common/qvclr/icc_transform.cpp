@@ -2,7 +2,9 @@
 
 #include "base/memory.h"
 #include "base/module.h"
+#include "qvclr/icc_capture.h"
 #include "qvclr/icc_engine.h"
+#include "qvclr/icc_shared.h"
 #include "qvclr/library.h"
 #include "qvclr/spaces.h"
 #include "qvclr/white_point.h"
@@ -33,8 +35,9 @@ cmsHTRANSFORM Link(cmsContext context, const IccSide& in, cmsHPROFILE in_profile
 }
 
 // Leaves to the engine what it holds when it fails.
-Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out,
-                    const std::optional<cmsCIEXYZ>& white_point, void** transform) {
+Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out, const WhitePoint& white_point,
+                    IccGrid* grid, void** transform) {
+  PrepareCapture(context);
   cmsHPROFILE in_profile = OpenProfile(context, in);
   cmsHPROFILE out_profile = OpenProfile(context, out);
   if (!in_profile || !out_profile) return kProfileOpen;
@@ -45,34 +48,47 @@ Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out,
   }
   *transform = Link(context, in, in_profile, out, out_profile, white);
   for (cmsHPROFILE profile : {in_profile, out_profile, white}) cmsCloseProfile(profile);
-  return *transform ? kSuccess : kProfileOpen;
+  if (!*transform) return kProfileOpen;
+  grid->swaps_input = T_DOSWAP(in.space->icc_format) != 0;
+  grid->swaps_output = T_DOSWAP(out.space->icc_format) != 0;
+  return CaptureGrid(context, *transform, grid);
 }
 
 }  // namespace
 
-Status IccTransform::Make(const IccSide& in, const IccSide& out, const WhitePointParams& white, IccTransform** made) {
-  std::optional<cmsCIEXYZ> white_point;
-  if (IsRgb(*in.space) != IsRgb(*out.space)) {
-    if (const Status status = WhiteOf(white, &white_point); !Ok(status)) return status;
-  }
+Status IccTransform::Make(const IccSide& in, const IccSide& out, const WhitePoint& white, IccTransform** made) {
   auto result = New<IccTransform>();
   EngineOwner engine(Engine::Open());
   if (!result || !engine) return kNoMemory;
-  const Status status =
-      Engine::Enter([&] { return MakeInEngine(engine->context(), in, out, white_point, &result->transform_); });
-  if (!Ok(status)) return status;
-  result->engine_ = engine.release();
+  const Status status = Engine::Enter(
+      [&] { return MakeInEngine(engine->context(), in, out, white, &result->grid_, &result->transform_); });
+  if (!Ok(status)) {
+    EmptyGrid(&result->grid_);
+    return status;
+  }
+  if (!result->grid_.quads) result->engine_ = engine.release();
+  result->holders_ = 1;
   *made = result.release();
   return kSuccess;
 }
 
+IccTransform* IccTransform::Hold() {
+  const SectionGuard guard(TheLibrary().section);
+  ++holders_;
+  return this;
+}
+
 void IccTransform::Delete(IccTransform* transform) {
   if (!transform) return;
+  const SectionGuard guard(TheLibrary().section);
+  if (--transform->holders_ > 0) return TheLibrary().shared_transforms.Trim(kept_transforms.load());
+  EmptyGrid(&transform->grid_);
   Engine::Close(transform->engine_);
   Release(transform);
 }
 
 void IccTransform::Run(const uint8_t* src, uint8_t* dst, size_t pixels) const {
+  if (grid_.quads) return GridRow(grid_, src, dst, pixels);
   cmsDoTransform(transform_, src, dst, static_cast<cmsUInt32Number>(pixels));
 }
 

@@ -5,6 +5,8 @@
 #include <span>
 
 #include "base/status.h"
+#include "qvclr/icc_grid.h"
+#include "qvclr/white_point.h"
 
 namespace qv {
 
@@ -17,20 +19,27 @@ struct IccSide {
   std::span<const uint8_t> profile;
 };
 
+// Runs in several threads at once.
 class IccTransform {
  public:
-  // Perceptual intent. The white point is that of the side that is not RGB; between two RGB sides there is none, and
-  // between two others it would come and go.
-  // kProfileOpen: a profile that cannot be opened or whose colour space is not its side's; kInvalidParameter: a custom
-  // white point that is no chromaticity; kNoMemory.
-  static Status Make(const IccSide& in, const IccSide& out, const WhitePointParams& white, IccTransform** made);
-  static void Delete(IccTransform* transform);  // null is allowed
+  // Perceptual intent. kProfileOpen: a profile that cannot be opened or whose colour space is not its side's;
+  // kNoMemory.
+  static Status Make(const IccSide& in, const IccSide& out, const WhitePoint& white, IccTransform** made);
+
+  // Whoever makes a transform holds it. These take the library's section.
+  IccTransform* Hold();
+  static void Delete(IccTransform* transform);  // for one holder; null is allowed
+  size_t Holders() const { return holders_; }   // within the section
+
+  const IccGrid& grid() const { return grid_; }  // without quads where the engine itself converts
 
   // `src` may be `dst` when the pixels have equal sizes.
   void Run(const uint8_t* src, uint8_t* dst, size_t pixels) const;
 
  private:
-  Engine* engine_;  // an instance of its own, with which the transform goes
+  size_t holders_;
+  IccGrid grid_;    // where it has quads, all that the transform needs
+  Engine* engine_;  // else an instance of its own, with which the engine's transform goes
   void* transform_;
 };
 

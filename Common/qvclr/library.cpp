@@ -34,8 +34,15 @@ void DetachLibrary() {
     if (library.attachments.fetch_sub(1) > 1) return;
     ReleaseAll(library.live);
     ReleaseAll(library.leftovers);
+    library.shared_transforms.Forget();
   }
   library.section.Close();
+}
+
+void UseResourcesOf(void* module) {
+  const SectionGuard guard(library.section);
+  library.resource_module.store(module);
+  library.shared_transforms.Forget();
 }
 
 NamedSpaces::NamedSpaces(const ColorConverter* record) {

@@ -1,10 +1,12 @@
-// The state of the module: what its resources are read from, its critical section, and the converters.
+// The state of the module: what its resources are read from, its critical section, the converters, and transforms that
+// stay ready for them.
 #pragma once
 
 #include <atomic>
 
 #include "base/section.h"
 #include "qvclr/converter.h"
+#include "qvclr/icc_shared.h"
 #include "qvclr/spaces.h"
 
 namespace qv {
@@ -16,12 +18,15 @@ struct Library {
   ConverterList live;
   // Released converters that still hold what their method mask did not cover; they go at detach.
   ConverterList leftovers;
+  SharedTransforms shared_transforms;
 };
 Library& TheLibrary();
 
 // Called when a process loads and unloads the library.
 void AttachLibrary();
 void DetachLibrary();
+
+void UseResourcesOf(void* module);
 
 // The spaces that a readable record names, null for unknown ones. It need not be a converter, nor aligned as one.
 struct NamedSpaces {

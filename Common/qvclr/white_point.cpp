@@ -21,7 +21,7 @@ bool CanRescale(double component) {
 
 }  // namespace
 
-Status WhiteOf(const WhitePointParams& params, std::optional<cmsCIEXYZ>* white) {
+Status WhiteOf(const WhitePointParams& params, WhitePoint* white) {
   white->reset();
   for (const Illuminant& illuminant : kIlluminants) {
     if (illuminant.selector == params.nWhitePoint) *white = {illuminant.x, 1.0, illuminant.z};
