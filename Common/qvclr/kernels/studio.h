@@ -1,6 +1,7 @@
 // Studio-range YUV of ITU-R BT.601 as the video layouts carry it: luma 16..235, chroma around 128.
 #pragma once
 
+#include "qvclr/kernels/forms.h"
 #include "qvclr/kernels/pixel.h"
 
 namespace qv {
@@ -23,5 +24,19 @@ inline Rgb RgbFromStudio(const Studio& yuv) {
   return {ClampToByte((y + 1634 * v + 512) / 1024), ClampToByte((y - 400 * u - 833 * v + 512) / 1024),
           ClampToByte((y + 2066 * u + 512) / 1024)};
 }
+
+// The same in whole numbers: of R, G, B the half step is in the bias, and no value is negative; what is below zero is
+// clamped, whichever way it was rounded.
+struct StudioOfRgb {
+  static constexpr forms::Form kFirst = {{263, 516, 100, 0}, 16 * 1024 - 440, 10},
+                               kMiddle = {{-152, -298, 450, 0}, 128 * 1024, 10},
+                               kLast = {{450, -377, -73, 0}, 128 * 1024, 10};
+};
+struct RgbOfStudio {  // of Y, U and of V
+  static constexpr int64_t kBlackAndHalf = 512 - 16 * 1192;
+  static constexpr forms::Form kFirst = {{1192, 0, 1634, 0}, kBlackAndHalf - 128 * 1634, 10},
+                               kMiddle = {{1192, -400, -833, 0}, kBlackAndHalf + 128 * (400 + 833), 10},
+                               kLast = {{1192, 2066, 0, 0}, kBlackAndHalf - 128 * 2066, 10};
+};
 
 }  // namespace qv

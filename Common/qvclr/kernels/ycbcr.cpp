@@ -1,30 +1,101 @@
 // CS_YCBCR: full-range YCbCr of JFIF. Cb and Cr are signed bytes without an offset; truncated, nothing is rounded.
 #include "qvclr/kernels/kernels.h"
-#include "qvclr/kernels/pixel.h"
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "qvclr/kernels/ycbcr.cpp"
+#include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
-namespace qv {
+#include "qvclr/kernels/matrix-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
 namespace {
 
-void RGBToYCbCrPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
-  const auto [r, g, b] = LoadRgb(src, args);
-  const double y = 0.299 * r + 0.587 * g + 0.114 * b;
-  const double cb = -0.16874 * r - 0.33126 * g + 0.5 * b;
-  const double cr = 0.5 * r - 0.41869 * g - 0.08131 * b;
-  dst[0] = ClampedByte(y);
-  dst[1] = LowByte(Clamp(cb, -128, 127));
-  dst[2] = LowByte(Clamp(cr, -128, 127));
+// Cb is exact in whole numbers.
+struct YCbCrOfRgb {
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation(0.299, 0.587, 0.114, 0),
+                                                kMiddle = {{-11059, -21709, 16384, 16384}, 0, 16, true},
+                                                kLast = forms::Approximation(0.5, -0.41869, -0.08131, 0, true);
+  template <typename Real>
+  static HWY_INLINE Real First(Real r, Real g, Real b) {
+    return 0.299 * r + 0.587 * g + 0.114 * b;
+  }
+  template <typename Real>
+  static HWY_INLINE Real Middle(Real r, Real g, Real b) {
+    return -0.16874 * r - 0.33126 * g + 0.5 * b;
+  }
+  template <typename Real>
+  static HWY_INLINE Real Last(Real r, Real g, Real b) {
+    return 0.5 * r - 0.41869 * g - 0.08131 * b;
+  }
+};
+
+// Of Y and Cb, Cr, these 128 higher.
+struct RgbOfYCbCr {
+  [[maybe_unused]] static constexpr forms::Form kFirst = {{16384, 0, 22971, 0}, 18 - 128 * 22971, 14},
+                                                kMiddle = {{4194304, -1443412, -2995305, 0},
+                                                           25 + 128 * (1443412 + 2995305),
+                                                           22},
+                                                kLast = {{16384, 29033, 0, 0}, 48 - 128 * 29033, 14};
+};
+
+inline void RGBToYCbCrPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
+  const Rgb rgb = LoadRgb(src, args);
+  const double r = rgb.r, g = rgb.g, b = rgb.b;
+  dst[0] = ClampedByte(YCbCrOfRgb::First(r, g, b));
+  dst[1] = LowByte(Clamp(YCbCrOfRgb::Middle(r, g, b), -128, 127));
+  dst[2] = LowByte(Clamp(YCbCrOfRgb::Last(r, g, b), -128, 127));
 }
 
-void YCbCrToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
+inline void YCbCrToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
   const int y = src[0], cb = Signed(src[1]), cr = Signed(src[2]);
   StoreRgb(
       {ClampedByte(y + 1.402 * cr), ClampedByte(y - 0.3441363 * cb - 0.71413636 * cr), ClampedByte(y + 1.772 * cb)},
       dst, args);
 }
 
+Status RGBToYCbCrRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+#if QV_HAS_VECTORS
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    const MatrixVectors<YCbCrOfRgb> matrix;
+    return BlockRow<RGBToYCbCrPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const WordPlanes ycc = matrix.OfBlock(PixelPairs<kSwapped>(from));
+      StoreWords({ycc.first, LowBytes(ycc.middle), LowBytes(ycc.last)}, to);
+    });
+  });
+#else
+  return ScalarRow<RGBToYCbCrPixel, 3, 3>(src, dst, width, args);
+#endif
+}
+Status YCbCrToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+#if QV_HAS_VECTORS
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    const MatrixVectors<RgbOfYCbCr> matrix;
+    const I16Vector of_first = EveryPair(0, 128), of_second = EveryPair(128, 128);
+    return BlockRow<YCbCrToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const auto from_zero = [&](const Pairs& ycc) HWY_ATTR {
+        return Pairs{hn::Xor(ycc.first, of_first), hn::Xor(ycc.second, of_second)};
+      };
+      StoreWordsInOrder<kSwapped>(matrix.OfBlock(PixelPairs<false>(from), from_zero), to);
+    });
+  });
+#else
+  return ScalarRow<YCbCrToRGBPixel, 3, 3>(src, dst, width, args);
+#endif
+}
+
 }  // namespace
+}  // namespace qv::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
 
-const Kernel RGBToYCbCr = PixelKernel<RGBToYCbCrPixel, 3, 3>("RGBToYCbCr");
-const Kernel YCbCrToRGB = PixelKernel<YCbCrToRGBPixel, 3, 3>("YCbCrToRGB");
-
+#if HWY_ONCE
+namespace qv {
+namespace {
+QV_ROW_OF_THIS_CPU(RGBToYCbCrRow)
+QV_ROW_OF_THIS_CPU(YCbCrToRGBRow)
+}  // namespace
+const Kernel RGBToYCbCr = {"RGBToYCbCr", RGBToYCbCrRowOfThisCpu, 3, 3};
+const Kernel YCbCrToRGB = {"YCbCrToRGB", YCbCrToRGBRowOfThisCpu, 3, 3};
 }  // namespace qv
+#endif

@@ -1,30 +1,112 @@
 // CS_YIQ: NTSC's YIQ (1953), each component rescaled from its span to 0..255. The luma span of 263 is kept on purpose:
 // white is stored with Y = 247.
 #include "qvclr/kernels/kernels.h"
-#include "qvclr/kernels/pixel.h"
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "qvclr/kernels/yiq.cpp"
+#include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
-namespace qv {
+#include "qvclr/kernels/matrix-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
 namespace {
 
-void RGBToYIQPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
-  const auto [r, g, b] = LoadRgb(src, args);
-  dst[0] = ClampedByte((0.299 * r + 0.587 * g + 0.114 * b) / 263 * 255 + 0.5);
-  dst[1] = ClampedByte((0.596 * r - 0.274 * g - 0.322 * b + 152) / 303 * 255 + 0.5);
-  dst[2] = ClampedByte((0.212 * r - 0.523 * g + 0.311 * b + 134) / 267 * 255 + 0.5);
+struct YiqOfRgb {
+  static constexpr double kY = 255.0 / 263, kI = 255.0 / 303, kQ = 255.0 / 267;
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation(0.299 * kY, 0.587 * kY, 0.114 * kY, 0.5),
+                                                kMiddle = forms::Approximation(0.596 * kI, -0.274 * kI, -0.322 * kI,
+                                                                               152 * kI + 0.5),
+                                                kLast = forms::Approximation(0.212 * kQ, -0.523 * kQ, 0.311 * kQ,
+                                                                             134 * kQ + 0.5);
+  template <typename Real>
+  static HWY_INLINE Real First(Real r, Real g, Real b) {
+    return (0.299 * r + 0.587 * g + 0.114 * b) / 263 * 255 + 0.5;
+  }
+  template <typename Real>
+  static HWY_INLINE Real Middle(Real r, Real g, Real b) {
+    return (0.596 * r - 0.274 * g - 0.322 * b + 152) / 303 * 255 + 0.5;
+  }
+  template <typename Real>
+  static HWY_INLINE Real Last(Real r, Real g, Real b) {
+    return (0.212 * r - 0.523 * g + 0.311 * b + 134) / 267 * 255 + 0.5;
+  }
+};
+
+// Of Q, I and Y once they are freed of their scales.
+struct RgbOfYiq {
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation<28>(0.621, 0.956, 1, 0),
+                                                kMiddle = forms::Approximation<28>(-0.647, -0.272, 1, 0),
+                                                kLast = forms::Approximation<28>(1.702, -1.105, 1, 0);
+  [[maybe_unused]] static constexpr bool kExactWhereFirstPairIsZero = true;
+  template <typename Real>
+  static HWY_INLINE Real First(Real q, Real i, Real y) {
+    return y + 0.956 * i + 0.621 * q;
+  }
+  template <typename Real>
+  static HWY_INLINE Real Middle(Real q, Real i, Real y) {
+    return y - 0.272 * i - 0.647 * q;
+  }
+  template <typename Real>
+  static HWY_INLINE Real Last(Real q, Real i, Real y) {
+    return y - 1.105 * i + 1.702 * q;
+  }
+};
+
+inline void RGBToYIQPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
+  const Rgb rgb = LoadRgb(src, args);
+  const double r = rgb.r, g = rgb.g, b = rgb.b;
+  dst[0] = ClampedByte(YiqOfRgb::First(r, g, b));
+  dst[1] = ClampedByte(YiqOfRgb::Middle(r, g, b));
+  dst[2] = ClampedByte(YiqOfRgb::Last(r, g, b));
 }
 
-void YIQToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
-  const int y = TruncateToInt32(src[0] / 255.0 * 263);
-  const int i = TruncateToInt32(src[1] / 255.0 * 303 - 152);
-  const int q = TruncateToInt32(src[2] / 255.0 * 267 - 134);
-  StoreRgb({ClampedByte(y + 0.956 * i + 0.621 * q), ClampedByte(y - 0.272 * i - 0.647 * q),
-            ClampedByte(y - 1.105 * i + 1.702 * q)},
+inline void YIQToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
+  const double y = TruncateToInt32(src[0] / 255.0 * 263);
+  const double i = TruncateToInt32(src[1] / 255.0 * 303 - 152);
+  const double q = TruncateToInt32(src[2] / 255.0 * 267 - 134);
+  StoreRgb({ClampedByte(RgbOfYiq::First(q, i, y)), ClampedByte(RgbOfYiq::Middle(q, i, y)),
+            ClampedByte(RgbOfYiq::Last(q, i, y))},
            dst, args);
 }
 
+Status RGBToYIQRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return MatrixRow<RGBToYIQPixel, YiqOfRgb, true>(src, dst, width, args);
+}
+// With b' = b - 128: 303 b / 255 - 152 = b' + 48 (2 b' + 1) / 510, and 267 b / 255 - 134 likewise with 12. The factors
+// are rounded up, so that whole numbers keep their floors; truncation adds one to the floors below zero.
+Status YIQToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+#if QV_HAS_VECTORS
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    const MatrixVectors<RgbOfYiq> matrix;
+    const I16Vector middle = EveryPair(128, 128), one = EveryPair(1, 1), of_qi = EveryPair(1543, 6169),
+                    of_y = EveryPair(2057, 2057);
+    return BlockRow<YIQToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const auto unscaled = [&](const Pairs& qiy) HWY_ATTR {
+        const I16Vector signed_qi = hn::Sub(qiy.first, middle), odd = hn::Add(hn::Add(signed_qi, signed_qi), one);
+        const I16Vector floors = hn::Add(signed_qi, hn::MulHigh(odd, of_qi));
+        return Pairs{hn::Sub(floors, hn::ShiftRight<15>(signed_qi)),
+                     hn::Add(qiy.second, hn::MulHigh(qiy.second, of_y))};
+      };
+      StoreWordsInOrder<kSwapped>(matrix.OfBlock(PixelPairs<true>(from), unscaled), to);
+    });
+  });
+#else
+  return ScalarRow<YIQToRGBPixel, 3, 3>(src, dst, width, args);
+#endif
+}
+
 }  // namespace
+}  // namespace qv::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
 
-const Kernel RGBToYIQ = PixelKernel<RGBToYIQPixel, 3, 3>("RGBToYIQ");
-const Kernel YIQToRGB = PixelKernel<YIQToRGBPixel, 3, 3>("YIQToRGB");
-
+#if HWY_ONCE
+namespace qv {
+namespace {
+QV_ROW_OF_THIS_CPU(RGBToYIQRow)
+QV_ROW_OF_THIS_CPU(YIQToRGBRow)
+}  // namespace
+const Kernel RGBToYIQ = {"RGBToYIQ", RGBToYIQRowOfThisCpu, 3, 3};
+const Kernel YIQToRGB = {"YIQToRGB", YIQToRGBRowOfThisCpu, 3, 3};
 }  // namespace qv
+#endif

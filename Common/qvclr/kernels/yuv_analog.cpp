@@ -3,44 +3,54 @@
 #include <algorithm>
 
 #include "qvclr/kernels/kernels.h"
-#include "qvclr/kernels/pixel.h"
 #include "qvclr/yuv_settings.h"
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "qvclr/kernels/yuv_analog.cpp"
+#include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
-namespace qv {
+#include "qvclr/kernels/matrix-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
 namespace {
 
 constexpr YuvSettings kPlain;
 
-const YuvSettings& SettingsOf(const RowArgs& args) {
-  return args.record ? *static_cast<const YuvSettings*>(args.record) : kPlain;
+// Rows in reals, before the spans and offsets of chroma.
+template <typename Real>
+HWY_INLINE Real Luma(Real r, Real g, Real b) {
+  return 0.299 * r + 0.587 * g + 0.114 * b;
+}
+template <typename Real>
+HWY_INLINE Real StoredU(Real r, Real g, Real b, const YuvSettings& settings) {
+  return (-0.146 * r - 0.288 * g + 0.434 * b + static_cast<double>(settings.u_offset)) / settings.u_span * 255 + 0.5;
+}
+template <typename Real>
+HWY_INLINE Real StoredV(Real r, Real g, Real b, const YuvSettings& settings) {
+  return (0.617 * r - 0.517 * g - 0.1 * b + static_cast<double>(settings.v_offset)) / settings.v_span * 255 + 0.5;
+}
+template <typename Real>
+HWY_INLINE Real LumaIndex(Real r, Real g, Real b, const YuvSettings& settings) {
+  const Real luma = Luma(r, g, b);
+  return settings.luma_span == 255 ? luma : luma * 255 / static_cast<double>(settings.luma_span) + 0.5;
 }
 
-uint8_t StoredLuma(double luma, const YuvSettings& settings) {
-  const auto span = static_cast<double>(settings.luma_span);
-  const uint8_t index = settings.luma_span == 255 ? ClampedByte(luma) : ClampedByte(luma * 255 / span + 0.5);
-  return settings.stored_luma ? settings.stored_luma[index] : index;
-}
-
-int64_t LumaOf(uint8_t stored, const YuvSettings& settings) {
-  const uint8_t index = settings.stored_luma ? settings.index_of_stored[stored] : stored;
-  return index * settings.luma_span / 255;
-}
-
-void RGBToYUVPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
-  const auto [r, g, b] = LoadRgb(src, args);
-  const YuvSettings& settings = SettingsOf(args);
-  const double u = -0.146 * r - 0.288 * g + 0.434 * b + static_cast<double>(settings.u_offset);
-  const double v = 0.617 * r - 0.517 * g - 0.1 * b + static_cast<double>(settings.v_offset);
-  dst[0] = StoredLuma(0.299 * r + 0.587 * g + 0.114 * b, settings);
-  dst[1] = ClampedByte(u / settings.u_span * 255 + 0.5);
-  dst[2] = ClampedByte(v / settings.v_span * 255 + 0.5);
+inline void RGBToYUVPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
+  const Rgb rgb = LoadRgb(src, args);
+  const double r = rgb.r, g = rgb.g, b = rgb.b;
+  const YuvSettings& settings = args.record ? *static_cast<const YuvSettings*>(args.record) : kPlain;
+  const uint8_t index = ClampedByte(LumaIndex(r, g, b, settings));
+  dst[0] = settings.stored_luma ? settings.stored_luma[index] : index;
+  dst[1] = ClampedByte(StoredU(r, g, b, settings));
+  dst[2] = ClampedByte(StoredV(r, g, b, settings));
 }
 
 // The two small cross terms, -29 and -33, belong to the inverse. The shifts round toward minus infinity. 64 bits hold
 // whatever spans and offsets a record names.
-void YUVToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
-  const YuvSettings& settings = SettingsOf(args);
-  const int64_t y = LumaOf(src[0], settings);
+inline void YUVToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
+  const YuvSettings& settings = args.record ? *static_cast<const YuvSettings*>(args.record) : kPlain;
+  const uint8_t index = settings.stored_luma ? settings.index_of_stored[src[0]] : src[0];
+  const int64_t y = index * settings.luma_span / 255;
   const int64_t u = static_cast<int64_t>(src[1] / 255.0 * settings.u_span) - settings.u_offset;
   const int64_t v = static_cast<int64_t>(src[2] / 255.0 * settings.v_span) - settings.v_offset;
   const auto channel = [&](int64_t of_u, int64_t of_v) {
@@ -49,9 +59,109 @@ void YUVToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
   StoreRgb({channel(-29, 37221), channel(-12943, -18940), channel(66883, -33)}, dst, args);
 }
 
+// By the plain settings.
+struct YuvOfRgb {
+  static constexpr double kU = 255.0 / 223, kV = 255.0 / 275;
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation(0.299, 0.587, 0.114, 0),
+                                                kMiddle = forms::Approximation(-0.146 * kU, -0.288 * kU, 0.434 * kU,
+                                                                               112 * kU + 0.5),
+                                                kLast = forms::Approximation(0.617 * kV, -0.517 * kV, -0.1 * kV,
+                                                                             138 * kV + 0.5);
+  template <typename Real>
+  static HWY_INLINE Real First(Real r, Real g, Real b) {
+    return Luma(r, g, b);
+  }
+  template <typename Real>
+  static HWY_INLINE Real Middle(Real r, Real g, Real b) {
+    return StoredU(r, g, b, kPlain);
+  }
+  template <typename Real>
+  static HWY_INLINE Real Last(Real r, Real g, Real b) {
+    return StoredV(r, g, b, kPlain);
+  }
+};
+
+// Of V, U and Y once they are freed of their scales.
+struct RgbOfYuv {
+  [[maybe_unused]] static constexpr forms::Form kFirst = {{37221, -29, 32768, 0}, 0, 15},
+                                                kMiddle = {{-18940, -12943, 16384, 16384}, 0, 15},
+                                                kLast = {{-33, 66883, 32768, 0}, 0, 15};
+};
+
+#if QV_HAS_VECTORS
+// By any settings, in reals.
+class YuvBySettings {
+ public:
+  explicit HWY_INLINE YuvBySettings(const YuvSettings& settings) : settings_(settings) {}
+  HWY_INLINE Three operator()(const Pairs& pairs) const {
+    const auto clamped = [](Reals value) HWY_ATTR {
+      return Reals{hn::Min(hn::Max(value.of, hn::Zero(F64())), hn::Set(F64(), 255.0))};
+    };
+    const Three rgb = NumbersOf(pairs);
+    return {InReals(rgb, [&](Reals r, Reals g, Reals b) HWY_ATTR { return clamped(LumaIndex(r, g, b, settings_)); }),
+            InReals(rgb, [&](Reals r, Reals g, Reals b) HWY_ATTR { return clamped(StoredU(r, g, b, settings_)); }),
+            InReals(rgb, [&](Reals r, Reals g, Reals b) HWY_ATTR { return clamped(StoredV(r, g, b, settings_)); })};
+  }
+  HWY_INLINE void StoreLuma(uint8_t* pixels) const {
+    if (!settings_.stored_luma) return;
+    for (size_t i = 0; i < kBlock; ++i) pixels[3 * i] = settings_.stored_luma[pixels[3 * i]];
+  }
+
+ private:
+  const YuvSettings settings_;
+};
+
+Status RGBToYUVRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  if (!args.record) return MatrixRow<RGBToYUVPixel, YuvOfRgb, true>(src, dst, width, args);
+  const YuvBySettings yuv(*static_cast<const YuvSettings*>(args.record));
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    return BlockRow<RGBToYUVPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const PixelPairs<kSwapped> rgb(from);
+      StoreWords(ByQuarters([&](auto quarter) HWY_ATTR { return yuv(rgb.At(quarter)); }), to);
+      yuv.StoreLuma(to);
+    });
+  });
+}
+
+// 223 b / 255, and b + 20 b / 255 for 275 b / 255, the factors rounded up, so that whole numbers keep their floors.
+Status YUVToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  if (args.record) return ScalarRow<YUVToRGBPixel, 3, 3>(src, dst, width, args);
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    const hn::Repartition<uint16_t, U8> d;
+    const MatrixVectors<RgbOfYuv> matrix;
+    const I16Vector factors = EveryPair(5141, 57312), only_v = EveryPair(-1, 0), offsets = EveryPair(138, 112);
+    return BlockRow<YUVToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const auto unscaled = [&](const Pairs& vuy) HWY_ATTR {
+        const auto product = hn::MulHigh(hn::BitCast(d, vuy.first), hn::BitCast(d, factors));
+        const I16Vector spans = hn::Add(hn::BitCast(I16(), product), hn::And(vuy.first, only_v));
+        return Pairs{hn::Sub(spans, offsets), vuy.second};
+      };
+      StoreWordsInOrder<kSwapped>(matrix.OfBlock(PixelPairs<true>(from), unscaled), to);
+    });
+  });
+}
+#else
+Status RGBToYUVRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return ScalarRow<RGBToYUVPixel, 3, 3>(src, dst, width, args);
+}
+Status YUVToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return ScalarRow<YUVToRGBPixel, 3, 3>(src, dst, width, args);
+}
+#endif
+
 }  // namespace
+}  // namespace qv::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
 
-const Kernel RGBToYUV = PixelKernel<RGBToYUVPixel, 3, 3>("RGBToYUV");
-const Kernel YUVToRGB = PixelKernel<YUVToRGBPixel, 3, 3>("YUVToRGB");
-
+#if HWY_ONCE
+namespace qv {
+namespace {
+QV_ROW_OF_THIS_CPU(RGBToYUVRow)
+QV_ROW_OF_THIS_CPU(YUVToRGBRow)
+}  // namespace
+const Kernel RGBToYUV = {"RGBToYUV", RGBToYUVRowOfThisCpu, 3, 3};
+const Kernel YUVToRGB = {"YUVToRGB", YUVToRGBRowOfThisCpu, 3, 3};
 }  // namespace qv
+#endif

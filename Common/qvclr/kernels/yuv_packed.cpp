@@ -1,28 +1,22 @@
 // The packed video layouts CS_YUY2, CS_UYVY (4:2:2) and CS_Y41P (4:1:1): groups of pixels that share their chroma.
 #include "qvclr/kernels/kernels.h"
-#include "qvclr/kernels/studio.h"
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "qvclr/kernels/yuv_packed.cpp"
+#include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
-namespace qv {
+#include "qvclr/kernels/packed-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
 namespace {
 
-// Where the samples of a group stand in its bytes.
-struct Layout {
-  uint8_t pixels, bytes;
-  uint8_t sharing;  // pixels to a chroma sample
-  uint8_t y[8], u[2], v[2];
-};
-constexpr Layout kYuy2 = {2, 4, 2, {0, 2}, {1}, {3}};
-constexpr Layout kUyvy = {2, 4, 2, {1, 3}, {0}, {2}};
-constexpr Layout kY41p = {8, 12, 4, {1, 3, 5, 7, 8, 9, 10, 11}, {0, 4}, {2, 6}};
-
 template <const Layout& kLayout>
-Status PackedToRgbRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+Status PackedToRgbGroups(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
   for (; width > 0; width -= kLayout.pixels, src += kLayout.bytes) {
     uint8_t group[12];  // read whole: in place, the pixels may cover it
     for (size_t i = 0; i < kLayout.bytes; ++i) group[i] = src[i];
     for (size_t x = 0; x < kLayout.pixels; ++x, dst += 3) {
-      const size_t chroma = x / kLayout.sharing;
-      StoreRgb(RgbFromStudio({group[kLayout.y[x]], group[kLayout.u[chroma]], group[kLayout.v[chroma]]}), dst, args);
+      StoreRgb(RgbFromStudio({group[LumaAt(kLayout, x)], group[UAt(kLayout, x)], group[VAt(kLayout, x)]}), dst, args);
     }
   }
   return kSuccess;
@@ -30,38 +24,104 @@ Status PackedToRgbRow(const uint8_t* src, uint8_t* dst, size_t width, const RowA
 
 // A chroma sample is the mean of its pixels' bytes, rounded down.
 template <const Layout& kLayout>
-Status RgbToPackedRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+Status RgbToPackedGroups(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
   for (; width > 0; width -= kLayout.pixels, dst += kLayout.bytes) {
     uint8_t group[12] = {};
-    for (size_t chroma = 0; chroma * kLayout.sharing < kLayout.pixels; ++chroma) {
+    for (size_t chroma = 0; chroma < kLayout.pixels; chroma += kLayout.sharing) {
       int u = 0, v = 0;
-      for (size_t x = chroma * kLayout.sharing; x < (chroma + 1) * kLayout.sharing; ++x, src += 3) {
+      for (size_t x = chroma; x < chroma + kLayout.sharing; ++x, src += 3) {
         const Studio yuv = StudioFromRgb(LoadRgb(src, args));
-        group[kLayout.y[x]] = yuv.y;
+        group[LumaAt(kLayout, x)] = yuv.y;
         u += yuv.u;
         v += yuv.v;
       }
-      group[kLayout.u[chroma]] = static_cast<uint8_t>(u / kLayout.sharing);
-      group[kLayout.v[chroma]] = static_cast<uint8_t>(v / kLayout.sharing);
+      group[UAt(kLayout, chroma)] = static_cast<uint8_t>(u / kLayout.sharing);
+      group[VAt(kLayout, chroma)] = static_cast<uint8_t>(v / kLayout.sharing);
     }
     for (size_t i = 0; i < kLayout.bytes; ++i) dst[i] = group[i];
   }
   return kSuccess;
 }
 
+// By blocks, then what is left of the row group by group.
 template <const Layout& kLayout>
-constexpr Kernel ToRgb(const char* name) noexcept {
-  return {name, PackedToRgbRow<kLayout>, kLayout.bytes, 3 * kLayout.pixels, kLayout.pixels};
+Status PackedToRgbRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+#if QV_HAS_VECTORS
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    const RgbFromStudioVectors matrix;
+    for (; width >= kBlock; width -= kBlock, src += BytesOf(kLayout, kBlock), dst += 3 * kBlock) {
+      StoreWordsInOrder<kSwapped>(matrix.OfBlock(PackedPairs<kLayout>(src)), dst);
+    }
+    return PackedToRgbGroups<kLayout>(src, dst, width, args);
+  });
+#else
+  return PackedToRgbGroups<kLayout>(src, dst, width, args);
+#endif
 }
 template <const Layout& kLayout>
-constexpr Kernel FromRgb(const char* name) noexcept {
-  return {name, RgbToPackedRow<kLayout>, 3 * kLayout.pixels, kLayout.bytes, kLayout.pixels};
+Status RgbToPackedRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+#if QV_HAS_VECTORS
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    const StudioFromRgbVectors matrix;
+    for (; width >= kBlock; width -= kBlock, src += 3 * kBlock, dst += BytesOf(kLayout, kBlock)) {
+      StorePacked<kLayout>(matrix.OfBlock(PixelPairs<kSwapped>(src)), dst);
+    }
+    return RgbToPackedGroups<kLayout>(src, dst, width, args);
+  });
+#else
+  return RgbToPackedGroups<kLayout>(src, dst, width, args);
+#endif
+}
+
+Status YUY2ToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return PackedToRgbRow<kYuy2>(src, dst, width, args);
+}
+Status UYVYToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return PackedToRgbRow<kUyvy>(src, dst, width, args);
+}
+Status Y41PToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return PackedToRgbRow<kY41p>(src, dst, width, args);
+}
+Status RGBToYUY2Row(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return RgbToPackedRow<kYuy2>(src, dst, width, args);
+}
+Status RGBToUYVYRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return RgbToPackedRow<kUyvy>(src, dst, width, args);
+}
+Status RGBToY41PRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return RgbToPackedRow<kY41p>(src, dst, width, args);
 }
 
 }  // namespace
+}  // namespace qv::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
 
-const Kernel YUY2ToRGB = ToRgb<kYuy2>("YUY2ToRGB"), RGBToYUY2 = FromRgb<kYuy2>("RGBToYUY2");
-const Kernel UYVYToRGB = ToRgb<kUyvy>("UYVYToRGB"), RGBToUYVY = FromRgb<kUyvy>("RGBToUYVY");
-const Kernel Y41PToRGB = ToRgb<kY41p>("Y41PToRGB"), RGBToY41P = FromRgb<kY41p>("RGBToY41P");
+#if HWY_ONCE
+namespace qv {
+namespace {
+QV_ROW_OF_THIS_CPU(YUY2ToRGBRow)
+QV_ROW_OF_THIS_CPU(UYVYToRGBRow)
+QV_ROW_OF_THIS_CPU(Y41PToRGBRow)
+QV_ROW_OF_THIS_CPU(RGBToYUY2Row)
+QV_ROW_OF_THIS_CPU(RGBToUYVYRow)
+QV_ROW_OF_THIS_CPU(RGBToY41PRow)
+
+constexpr Kernel ToRgb(const char* name, RowFn row, const Layout& layout) noexcept {
+  return {name, row, layout.bytes, static_cast<uint8_t>(3 * layout.pixels), layout.pixels};
+}
+constexpr Kernel FromRgb(const char* name, RowFn row, const Layout& layout) noexcept {
+  return {name, row, static_cast<uint8_t>(3 * layout.pixels), layout.bytes, layout.pixels};
+}
+}  // namespace
+
+const Kernel YUY2ToRGB = ToRgb("YUY2ToRGB", YUY2ToRGBRowOfThisCpu, kYuy2);
+const Kernel UYVYToRGB = ToRgb("UYVYToRGB", UYVYToRGBRowOfThisCpu, kUyvy);
+const Kernel Y41PToRGB = ToRgb("Y41PToRGB", Y41PToRGBRowOfThisCpu, kY41p);
+const Kernel RGBToYUY2 = FromRgb("RGBToYUY2", RGBToYUY2RowOfThisCpu, kYuy2);
+const Kernel RGBToUYVY = FromRgb("RGBToUYVY", RGBToUYVYRowOfThisCpu, kUyvy);
+const Kernel RGBToY41P = FromRgb("RGBToY41P", RGBToY41PRowOfThisCpu, kY41p);
 
 }  // namespace qv
+#endif
