@@ -6,27 +6,17 @@
 #include <functional>
 
 #include "support/converters.h"
-#include "support/guarded.h"
+#include "support/system.h"
 
 namespace {
 
 using namespace qv_test;
-using Bytes = std::vector<uint8_t>;
 
 struct Size {
   int32_t width, height, in_pad, out_pad;
 };
-std::vector<Size> Sizes() {
-  std::vector<Size> sizes;
-  for (int32_t width = 1; width <= 9; ++width) {
-    for (int32_t height = 1; height <= 3; ++height) {
-      for (const int32_t in_pad : {0, 1, 3, 7}) {
-        for (const int32_t out_pad : {0, 1, 3, 7}) sizes.push_back({width, height, in_pad, out_pad});
-      }
-    }
-  }
-  return sizes;
-}
+using ToBitmap = std::function<int32_t(const void* src, BitmapHandle* bitmap, const Size& size)>;
+using Convert = std::function<int32_t(const void* src, void* dst, const Size& size)>;
 
 BitmapHandle Marked() { return {.nBitsPerPixel = 0xEEEE, .pBits = reinterpret_cast<uint8_t*>(uintptr_t{16})}; }
 bool Untouched(const BitmapHandle& bitmap) {
@@ -36,14 +26,10 @@ bool Untouched(const BitmapHandle& bitmap) {
 
 // The bitmap has the lines that begin every `distance` bytes in `expected`; releases it.
 void ExpectLines(BitmapHandle bitmap, const Size& size, const uint8_t* expected, size_t distance) {
-  const auto line_bytes = static_cast<uint32_t>((3 * size.width + 3) / 4 * 4);
-  EXPECT_EQ(bitmap.uStructSize, 32u);
-  EXPECT_EQ(bitmap.nBitsPerPixel, 24u);
-  EXPECT_EQ(bitmap.nWidth, size.width);
-  EXPECT_EQ(bitmap.nHeight, -size.height);
-  ASSERT_EQ(bitmap.nLineBytes, line_bytes);
-  EXPECT_EQ(bitmap.uImageSize, line_bytes * static_cast<uint32_t>(size.height));
-  for (uint32_t y = 0; y < static_cast<uint32_t>(size.height); ++y) {
+  const auto line_bytes = static_cast<uint32_t>((3 * size.width + 3) / 4 * 4), rows = uint32_t(size.height);
+  const BitmapHandle wanted = {32, 24, size.width, -size.height, line_bytes, line_bytes * rows, bitmap.pBits};
+  ASSERT_EQ(std::memcmp(&bitmap, &wanted, sizeof wanted), 0);
+  for (uint32_t y = 0; y < rows; ++y) {
     const uint8_t* line = bitmap.pBits + y * line_bytes;
     const auto pixels = static_cast<size_t>(3 * size.width);
     EXPECT_EQ(std::memcmp(line, expected + y * distance, pixels), 0) << "line " << y;
@@ -52,27 +38,37 @@ void ExpectLines(BitmapHandle bitmap, const Size& size, const uint8_t* expected,
   EXPECT_EQ(Q_FreeBitmap(&bitmap), SUCCESS);
 }
 
-using ToBitmap = std::function<int32_t(const void* src, BitmapHandle* bitmap, const Size& size)>;
-using Convert = std::function<int32_t(const void* src, void* dst, const Size& size)>;
-
-// With an input that ends at an inaccessible page, padding of the last line included.
-void ExpectBitmapsOfTheConversion(uint32_t src, const ToBitmap& to_bitmap, const Convert& convert) {
-  for (const Size& size : Sizes()) {
-    SCOPED_TRACE(testing::Message() << size.width << " x " << size.height << ", " << size.in_pad << ", "
-                                    << size.out_pad);
-    const size_t pixel = src == CS_CMYK ? 4 : src == CS_YUY2 ? 2 : 3;
-    const auto line = static_cast<size_t>(size.width) * pixel + static_cast<size_t>(size.in_pad);
-    const GuardedBuffer source(RandomBytes(line * static_cast<size_t>(size.height)));
-    Bytes expected(static_cast<size_t>(3 * size.width * size.height));
-    const int32_t status = convert(source.data(), expected.data(), {size.width, size.height, size.in_pad, 0});
-    EXPECT_EQ(status, src == CS_YUY2 && size.width % 2 != 0 ? ERR_INV_WIDTH_ALIGNMENT : SUCCESS);
-    BitmapHandle bitmap = Marked();
-    ASSERT_EQ(to_bitmap(source.data(), &bitmap, size), status);
-    ASSERT_EQ(Untouched(bitmap), status != SUCCESS);
-    if (status != SUCCESS) continue;
-    ExpectLines(bitmap, size, expected.data(), 3 * static_cast<size_t>(size.width));
-    EXPECT_EQ(to_bitmap(source.data() + 1, &bitmap, size), ERR_BAD_POINTER);
+// Of frames of many sizes, with an input that ends at an inaccessible page, padding of the last line included.
+void ForSizes(size_t pixel, const std::function<void(const Size& size, const uint8_t* source)>& test) {
+  for (int32_t width = 1; width <= 9; ++width) {
+    for (int32_t height = 1; height <= 3; ++height) {
+      for (const int32_t in_pad : {0, 1, 3, 7}) {
+        for (const int32_t out_pad : {0, 1, 3, 7}) {
+          SCOPED_TRACE(testing::Message() << width << " x " << height << ", " << in_pad << ", " << out_pad);
+          const size_t line = static_cast<size_t>(width) * pixel + static_cast<size_t>(in_pad);
+          const GuardedBuffer source(RandomBytes(line * static_cast<size_t>(height)));
+          test({width, height, in_pad, out_pad}, source.data());
+        }
+      }
+    }
   }
+}
+
+void ExpectBitmapsOfTheConversion(uint32_t src, const ToBitmap& to_bitmap, const Convert& convert) {
+  ForSizes(src == CS_CMYK   ? 4
+           : src == CS_YUY2 ? 2
+                            : 3,
+           [&](const Size& size, const uint8_t* source) {
+             Bytes expected(static_cast<size_t>(3 * size.width * size.height));
+             const int32_t status = convert(source, expected.data(), {size.width, size.height, size.in_pad, 0});
+             EXPECT_EQ(status, src == CS_YUY2 && size.width % 2 != 0 ? ERR_INV_WIDTH_ALIGNMENT : SUCCESS);
+             BitmapHandle bitmap = Marked();
+             ASSERT_EQ(to_bitmap(source, &bitmap, size), status);
+             ASSERT_EQ(Untouched(bitmap), status != SUCCESS);
+             if (status != SUCCESS) return;
+             ExpectLines(bitmap, size, expected.data(), 3 * static_cast<size_t>(size.width));
+             EXPECT_EQ(to_bitmap(source + 1, &bitmap, size), ERR_BAD_POINTER);
+           });
 }
 
 ToBitmap Of(const ConverterPtr& converter) {
@@ -83,31 +79,26 @@ ToBitmap Of(const ConverterPtr& converter) {
 
 TEST(Bitmaps, HaveTheLinesOfTheConversion) {
   const struct {
-    uint32_t src, dst, method;
-  } kCases[] = {{CS_CMYK, CS_RGB, METHOD_FORMULA}, {CS_HSV, CS_BGR, METHOD_FORMULA}, {CS_YUY2, CS_RGB, METHOD_FORMULA},
-                {CS_BGR, CS_RGB, METHOD_FORMULA},  {CS_CMYK, CS_BGR, METHOD_ICC},    {CS_LAB, CS_RGB, METHOD_TABLE}};
+    uint32_t src, dst, method;  // 0: without a converter
+  } kCases[] = {{CS_CMYK, CS_RGB, METHOD_FORMULA},
+                {CS_HSV, CS_BGR, METHOD_FORMULA},
+                {CS_YUY2, CS_RGB, METHOD_FORMULA},
+                {CS_CMYK, CS_BGR, METHOD_ICC},
+                {CS_LAB, CS_RGB, METHOD_TABLE},
+                {CS_CMYK, CS_RGB, 0},
+                {CS_LAB, CS_BGR, 0},
+                {CS_YUY2, CS_BGR, 0},
+                {CS_RGB, CS_RGB, 0}};
   for (const auto& c : kCases) {
     SCOPED_TRACE(testing::Message() << c.src << " to " << c.dst << " by " << c.method);
-    ConversionParams params = Params(c.method);
-    params.nEmulationTableKind = METHOD_TABLE;
-    const ConverterPtr converter = MakeConverter(c.src, c.dst, params);
-    ASSERT_TRUE(converter);
-    ExpectBitmapsOfTheConversion(c.src, Of(converter), [&](const void* src, void* dst, const Size& s) {
-      return Q_ClrConvert(converter.get(), src, dst, s.width, s.height, s.in_pad, s.out_pad);
-    });
-  }
-}
-
-TEST(Bitmaps, WithoutAConverterHaveTheLinesOfTheConversion) {
-  for (const auto& [src, dst] : {std::pair{CS_CMYK, CS_RGB}, {CS_LAB, CS_BGR}, {CS_YUY2, CS_BGR}, {CS_RGB, CS_RGB}}) {
-    SCOPED_TRACE(testing::Message() << src << " to " << dst);
+    const ConverterPtr converter = c.method != 0 ? MakeConverter(c.src, c.dst, Params(c.method)) : nullptr;
+    const ToBitmap direct = [&](const void* src, BitmapHandle* bitmap, const Size& s) {
+      return Q_ClrConvertDirectToBitmap(c.src, c.dst, src, bitmap, 32, s.width, s.height, s.in_pad, s.out_pad);
+    };
     ExpectBitmapsOfTheConversion(
-        src,
-        [src = src, dst = dst](const void* from, BitmapHandle* bitmap, const Size& s) {
-          return Q_ClrConvertDirectToBitmap(src, dst, from, bitmap, 32, s.width, s.height, s.in_pad, s.out_pad);
-        },
-        [src = src, dst = dst](const void* from, void* to, const Size& s) {
-          return Q_ClrConvertDirect(src, dst, from, to, s.width, s.height, s.in_pad, s.out_pad);
+        c.src, converter ? Of(converter) : direct, [&](const void* src, void* dst, const Size& s) {
+          return converter ? Q_ClrConvert(converter.get(), src, dst, s.width, s.height, s.in_pad, s.out_pad)
+                           : Q_ClrConvertDirect(c.src, c.dst, src, dst, s.width, s.height, s.in_pad, s.out_pad);
         });
   }
 }
@@ -115,22 +106,18 @@ TEST(Bitmaps, WithoutAConverterHaveTheLinesOfTheConversion) {
 // The odd copy of equal spaces into a block whose lines are further apart: the bitmap takes what then stands there.
 TEST(Bitmaps, OfEqualSpacesShowTheCopyAsItIs) {
   const ConverterPtr converter = MakeConverter(CS_RGB, CS_RGB);
-  for (const Size& size : Sizes()) {
-    SCOPED_TRACE(testing::Message() << size.width << " x " << size.height << ", " << size.in_pad << ", "
-                                    << size.out_pad);
+  ForSizes(3, [&](const Size& size, const uint8_t* source) {
     const auto line = static_cast<size_t>(3 * size.width), rows = static_cast<size_t>(size.height);
     const auto in_pad = static_cast<size_t>(size.in_pad), out_pad = static_cast<size_t>(size.out_pad);
-    const GuardedBuffer source(RandomBytes((line + in_pad) * rows));
+    const bool whole = in_pad < 2 && out_pad < 2;
     Bytes block((line + 2 * out_pad) * rows + line);
-    for (size_t y = 0; y < rows; ++y) {
-      const bool whole = in_pad < 2 && out_pad < 2;
-      std::memcpy(&block[y * (whole ? line : out_pad)], source.data() + y * (whole ? line : in_pad), line);
-    }
+    for (size_t y = 0; y < rows; ++y)
+      std::memcpy(&block[y * (whole ? line : out_pad)], source + y * (whole ? line : in_pad), line);
     BitmapHandle bitmap = Marked();
-    ASSERT_EQ(Of(converter)(source.data(), &bitmap, size), SUCCESS);
+    ASSERT_EQ(Of(converter)(source, &bitmap, size), SUCCESS);
     ExpectLines(bitmap, size, block.data(), line + out_pad);
-    EXPECT_EQ(Of(converter)(source.data() + 1, &bitmap, size), ERR_BAD_POINTER);
-  }
+    EXPECT_EQ(Of(converter)(source + 1, &bitmap, size), ERR_BAD_POINTER);
+  });
 }
 
 TEST(Bitmaps, CheckTheirArgumentsInOrder) {
@@ -141,8 +128,7 @@ TEST(Bitmaps, CheckTheirArgumentsInOrder) {
   auto* const no_handle = reinterpret_cast<ColorConverter*>(short_handle.data());
   auto* const no_converter = reinterpret_cast<ColorConverter*>(forged.data());
   BitmapHandle bitmap = Marked();
-  const void* const pixels = source.data();
-  const void* const beyond = source.data() + source.size() - 1;
+  const void *const pixels = source.data(), *const beyond = source.data() + source.size() - 1;
   const struct {
     ColorConverter* handle;
     const void* src;
@@ -166,13 +152,11 @@ TEST(Bitmaps, CheckTheirArgumentsInOrder) {
       {to_rgb.get(), pixels, &bitmap, 2, 2, 0, INT32_MIN, ERR_INV_PARAMETER},
       {to_rgb.get(), pixels, &bitmap, INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX, ERR_BAD_POINTER},
   };
-  for (size_t i = 0; i < std::size(kCases); ++i) {
-    const auto& c = kCases[i];
+  for (const auto& c : kCases) {
     EXPECT_EQ(Q_ClrConvertToBitmap(c.handle, c.src, c.bitmap, 31, c.width, c.height, c.in_pad, c.out_pad), c.status)
-        << "case " << i;
-    EXPECT_TRUE(Untouched(bitmap)) << "case " << i;
+        << "case " << &c - kCases;
+    EXPECT_TRUE(Untouched(bitmap)) << "case " << &c - kCases;
   }
-
   const struct {
     uint32_t src, dst;
     const void* from;
@@ -190,24 +174,18 @@ TEST(Bitmaps, CheckTheirArgumentsInOrder) {
     EXPECT_TRUE(Untouched(bitmap));
   }
   EXPECT_EQ(Q_ClrConvertDirectToBitmap(CS_CMYK, CS_RGB, pixels, nullptr, 32, 2, 2, 0, 0), ERR_INV_PARAMETER);
-}
 
-// A record that cannot be filled: a converter's call does not tell, the other one does.
-TEST(Bitmaps, ThatCannotBeFilledAreUntouched) {
-  const ConverterPtr converter = MakeConverter(CS_CMYK, CS_RGB);
-  const Bytes source = RandomBytes(16);
-  GuardedBuffer read_only(32), too_short(31);
+  // A record that cannot be filled: a converter's call does not tell, the other one does.
+  GuardedBuffer read_only(32), too_short(31), whole(32);
   read_only.MakeReadOnly();
-  for (GuardedBuffer* const record : {&read_only, &too_short}) {
-    auto* const bitmap = reinterpret_cast<BitmapHandle*>(record->data());
-    EXPECT_EQ(Q_ClrConvertToBitmap(converter.get(), source.data(), bitmap, 32, 2, 2, 0, 0), SUCCESS);
-    EXPECT_EQ(Q_ClrConvertDirectToBitmap(CS_CMYK, CS_RGB, source.data(), bitmap, 32, 2, 2, 0, 0), ERR_BAD_POINTER);
-    EXPECT_EQ(Q_ClrConvertDirectToBitmap(CS_CMYK, CS_RGB, source.data(), bitmap, 33, 2, 2, 0, 0), ERR_INV_STRUCT_SIZE);
+  for (GuardedBuffer* const record : {&read_only, &too_short, &whole}) {
+    auto* const to = reinterpret_cast<BitmapHandle*>(record->data());
+    const uint32_t size = record == &whole ? 33 : 32;
+    EXPECT_EQ(Q_ClrConvertToBitmap(to_rgb.get(), pixels, to, size, 2, 2, 0, 0), SUCCESS);
+    EXPECT_EQ(Q_ClrConvertDirectToBitmap(CS_CMYK, CS_RGB, pixels, to, size, 2, 2, 0, 0),
+              size == 33 ? ERR_INV_STRUCT_SIZE : ERR_BAD_POINTER);
     EXPECT_TRUE(std::ranges::all_of(record->bytes(), [](uint8_t byte) { return byte == 0; }));
   }
-  BitmapHandle bitmap = Marked();
-  EXPECT_EQ(Q_ClrConvertToBitmap(converter.get(), source.data(), &bitmap, 33, 2, 2, 0, 0), SUCCESS);
-  EXPECT_TRUE(Untouched(bitmap));
 }
 
 }  // namespace

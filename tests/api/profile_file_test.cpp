@@ -1,62 +1,43 @@
 // Profiles as bytes and as files: parsed, generated, read by the colour engine, and cut short.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <lcms2.h>
 
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "Qvclr15x.h"
-#include "support/signature.h"
+#include "support/files.h"
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-using qv_test::Sig;
+using namespace qv_test;
 using testing::Each;
 
-Bytes ReadAll(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 struct ProfileFile : testing::Test {
-  ProfileFile() {
-    Q_InitICCProfile(&record, sizeof record);
-    std::filesystem::remove(path);
-  }
-  ~ProfileFile() override {
-    Q_FreeICCProfile(&record);
-    std::filesystem::remove(path);
-  }
-  int32_t FillFromFileOf(const Bytes& bytes) {
+  ProfileFile() { Q_InitICCProfile(&record, sizeof record); }
+  ~ProfileFile() override { Q_FreeICCProfile(&record); }
+  int32_t Fill(const Bytes& bytes, bool by_file = false) {
     Q_FreeICCProfile(&record);
     Q_InitICCProfile(&record, sizeof record);
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
-    return Q_FillICCProfileFromICCFile(path.string<QWChar>().c_str(), &record);
-  }
-  int32_t Fill(const Bytes& bytes) {
-    Q_FreeICCProfile(&record);
-    Q_InitICCProfile(&record, sizeof record);
+    if (by_file) return Q_FillICCProfileFromICCFile(folder.Write("profile", bytes).string<QWChar>().c_str(), &record);
     return Q_FillICCProfileStructure(&record, bytes.data(), static_cast<uint32_t>(bytes.size()));
   }
+  int32_t FillFromFileOf(const Bytes& bytes) { return Fill(bytes, true); }
   Bytes Image() const { return {record.profileBytes, record.profileBytes + record.profileByteSize}; }
 
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / "qv_profile_file.icc";
-  const Bytes srgb = ReadAll(QV_TEST_DATA "/srgb_v4.icc");
+  const Folder folder{"qv_profile_file"};
+  const std::filesystem::path path = folder.In("profile");
+  const Bytes srgb = Contents(QV_TEST_DATA "/srgb_v4.icc");
   IccProfileRecord record;
 };
 
 TEST_F(ProfileFile, IsReadAndWrittenByteForByte) {
   ASSERT_EQ(srgb.size(), 480u);
   for (const bool by_file : {false, true}) {
-    ASSERT_EQ(by_file ? FillFromFileOf(srgb) : Fill(srgb), SUCCESS);
+    ASSERT_EQ(Fill(srgb, by_file), SUCCESS);
     EXPECT_TRUE(record.tagCount == 10 && record.tagDataSize == 480 - 132 - 120 && record.header->model == Sig("ctrl"));
     EXPECT_TRUE(record.header->dateTime.year == 2018 && record.header->dateTime.seconds == 29);
     EXPECT_EQ(Q_GetICCTagTypeSig(&record, Sig("chad")), Sig("sf32"));
@@ -65,7 +46,7 @@ TEST_F(ProfileFile, IsReadAndWrittenByteForByte) {
     ASSERT_EQ(Q_GenerateICCPointer(&record), SUCCESS);
     EXPECT_EQ(Image(), srgb);
     ASSERT_EQ(Q_GenerateICCFileA(&record, path.string().c_str()), SUCCESS);
-    EXPECT_EQ(ReadAll(path), srgb);
+    EXPECT_EQ(Contents(path), srgb);
   }
 }
 
@@ -132,11 +113,11 @@ TEST_F(ProfileFile, DeclaredSizesOfNothing) {
 }
 
 TEST_F(ProfileFile, CannotBeOpenedOrNamed) {
-  const std::string folder = path.parent_path().string(), missing = (path / "no" / "file").string();
+  const std::string own = folder.In("").string(), missing = folder.In("no/file").string();
   const std::string endless(300, 'a');
   ASSERT_EQ(Fill(srgb), SUCCESS);
   IccProfileRecord other{};
-  for (const std::string& name : {folder, missing, std::string()}) {
+  for (const std::string& name : {own, missing, std::string()}) {
     EXPECT_EQ(Q_FillICCProfileFromICCFileA(name.c_str(), &other), ERR_FILE_OPEN) << name;
     EXPECT_EQ(Q_GenerateICCFileA(&record, name.c_str()), ERR_FILE_OPEN) << name;
   }
@@ -160,78 +141,14 @@ TEST_F(ProfileFile, ClaimOfMoreThanThereIsLeavesTheFile) {
     record.profileByteSize = claim;
     EXPECT_EQ(Q_GenerateICCFile(&record, name.c_str()), ERR_ICC_INVALID_PROFILE) << claim;
   }
-  EXPECT_EQ(ReadAll(path), srgb);
+  EXPECT_EQ(Contents(path), srgb);
   ++record.header->profileSize;
   EXPECT_EQ(Q_GenerateICCPointer(&record), ERR_ICC_INVALID_PROFILE);
   EXPECT_EQ(+record.profileByteSize, 480u) << "of its parts";
   EXPECT_EQ(Image(), srgb) << "the old bytes";
   record.profileByteSize = 100;
   EXPECT_EQ(Q_GenerateICCFile(&record, name.c_str()), SUCCESS) << "as it stands";
-  EXPECT_EQ(ReadAll(path), Bytes(srgb.begin(), srgb.begin() + 100));
-}
-
-TEST_F(ProfileFile, BuiltFromNothingIsAProfileToTheColourEngine) {
-  std::vector<uint32_t> d50 = {0xF6D6, 0x10000, 0xD32D}, red = {0x6FA0, 0x38F2, 0x038F},
-                        green = {0x6295, 0xB787, 0x18D9}, blue = {0x24A1, 0x0F87, 0xB6C5}, gamma = {0x00020000};
-  std::vector<uint32_t> chad = {0x10C42, 0x05DE, 0xFFFFF325, 0x0793, 0xFD90, 0xFFFFFB9C, 0xFFFFFDA1, 0x03DA, 0xC06E};
-  uint16_t fixed_gamma = 0x0200;
-  const auto numbers = [](std::vector<uint32_t>& values, size_t group) {
-    return IccNumberArrayTagType{0, 0, values.data(), static_cast<uint32_t>(values.size() / group)};
-  };
-  ASSERT_EQ(Q_InitICCHeader(&record), SUCCESS);
-  const IccDateTime date = {2024, 2, 29, 23, 59, 58};
-  for (const int32_t status : {Q_SetICCDeviceClass(&record, Sig("mntr")), Q_SetICCColorSpace(&record, Sig("RGB ")),
-                               Q_SetICCConnectionSpace(&record, Sig("XYZ ")), Q_SetICCDateTime(&record, &date),
-                               Q_SetICCPrimaryPlatform(&record, Sig("SUNW")), Q_SetICCFlags(&record, 1),
-                               Q_SetICCDeviceAttributes(&record, 2), Q_SetICCRenderingIntent(&record, 1)}) {
-    ASSERT_EQ(status, SUCCESS);
-  }
-  const auto set = [&](const char(&signature)[5], const char(&type)[5], const auto& tag) {
-    ASSERT_EQ(Q_SetICCTagData(&record, &tag, Sig(signature), Sig(type)), SUCCESS) << signature;
-  };
-  for (const auto& [signature, text] : {std::pair{"desc", u"Built"}, std::pair{"cprt", u"Nobody's"}}) {
-    std::u16string copy = text;
-    IccLocalizedText english = {0x656E, 0x5553, static_cast<uint32_t>(2 * copy.size()),
-                                reinterpret_cast<uint16_t*>(copy.data())};
-    const IccMultiLocalizedTagType tag = {0, 0, 1, &english};
-    ASSERT_EQ(Q_SetICCTagData(&record, &tag, Sig(signature), Sig("mluc")), SUCCESS);
-  }
-  set("wtpt", "XYZ ", numbers(d50, 3));
-  set("chad", "sf32", numbers(chad, 1));
-  set("rXYZ", "XYZ ", numbers(red, 3));
-  set("gXYZ", "XYZ ", numbers(green, 3));
-  set("bXYZ", "XYZ ", numbers(blue, 3));
-  set("rTRC", "para", IccParametricCurveTagType{0, 0, 0, 0, gamma.data()});
-  set("gTRC", "para", IccParametricCurveTagType{0, 0, 0, 0, gamma.data()});
-  set("bTRC", "curv", IccCurveTagType{0, 0, 1, &fixed_gamma});
-  ASSERT_EQ(Q_GenerateICCPointer(&record), SUCCESS);
-  ASSERT_EQ(Q_GenerateICCFile(&record, path.string<QWChar>().c_str()), SUCCESS);
-  const Bytes image = Image();
-  EXPECT_EQ(ReadAll(path), image);
-
-  cmsHPROFILE profile = cmsOpenProfileFromMem(image.data(), static_cast<cmsUInt32Number>(image.size()));
-  ASSERT_TRUE(profile);
-  EXPECT_EQ(cmsGetDeviceClass(profile), cmsSigDisplayClass);
-  EXPECT_EQ(cmsGetHeaderRenderingIntent(profile), 1u);
-  EXPECT_EQ(cmsGetTagCount(profile), 10);
-  for (int i = 0; i < 10; ++i) {
-    EXPECT_TRUE(cmsReadTag(profile, cmsGetTagSignature(profile, static_cast<cmsUInt32Number>(i)))) << i;
-  }
-  char text[20] = {};
-  cmsGetProfileInfoASCII(profile, cmsInfoDescription, "en", "US", text, sizeof text);
-  EXPECT_STREQ(text, "Built");
-  const cmsHPROFILE xyz = cmsCreateXYZProfile();
-  const cmsHTRANSFORM transform =
-      cmsCreateTransform(profile, TYPE_RGB_DBL, xyz, TYPE_XYZ_DBL, INTENT_RELATIVE_COLORIMETRIC, 0);
-  ASSERT_TRUE(transform);
-  const double half[3] = {0.5, 0.5, 0.5};
-  cmsCIEXYZ quarter{};
-  cmsDoTransform(transform, half, &quarter, 1);
-  EXPECT_NEAR(quarter.Y, 0.25, 1e-4) << "the white point through a gamma of 2";
-  EXPECT_NEAR(quarter.X, 0.25 * 0.9642, 1e-4);
-  cmsDeleteTransform(transform);
-  cmsCloseProfile(xyz);
-  cmsCloseProfile(profile);
+  EXPECT_EQ(Contents(path), Bytes(srgb.begin(), srgb.begin() + 100));
 }
 
 }  // namespace

@@ -13,28 +13,18 @@ namespace {
 
 using namespace qv_test;
 
-struct Close {
-  void operator()(void* profile) const { cmsCloseProfile(profile); }
-};
-using Profile = std::unique_ptr<void, Close>;
-
-class Engine {
- public:
-  Engine(const Profile& from, uint32_t from_format, const Profile& to, uint32_t to_format, uint32_t intent)
-      : transform_(cmsCreateTransform(from.get(), from_format, to.get(), to_format, intent, cmsFLAGS_NOOPTIMIZE)) {}
-  ~Engine() { cmsDeleteTransform(transform_); }
-  Engine(const Engine&) = delete;
-  Engine& operator=(const Engine&) = delete;
-  template <typename To, typename From>
-  To Convert(const From& from) const {
-    To to{};
-    cmsDoTransform(transform_, &from, &to, 1);
-    return to;
-  }
-
- private:
-  cmsHTRANSFORM transform_;
-};
+// The engine without rounding; both profiles are closed.
+template <typename To, typename From>
+auto Engine(cmsHPROFILE from, uint32_t from_format, cmsHPROFILE to, uint32_t to_format, uint32_t intent) {
+  std::shared_ptr<void> transform(cmsCreateTransform(from, from_format, to, to_format, intent, cmsFLAGS_NOOPTIMIZE),
+                                  cmsDeleteTransform);
+  for (cmsHPROFILE profile : {from, to}) cmsCloseProfile(profile);
+  return [transform](const From& colour) {
+    To converted{};
+    cmsDoTransform(transform.get(), &colour, &converted, 1);
+    return converted;
+  };
+}
 
 struct Rgb {
   uint8_t r, g, b;
@@ -43,13 +33,12 @@ struct Ink {
   double c, m, y, k;  // percent
 };
 
-Profile Open(const char* file) {
-  return Profile(cmsOpenProfileFromFile((std::string(QV_RES "/") + file).c_str(), "r"));
-}
+cmsHPROFILE Open(const char* file) { return cmsOpenProfileFromFile((std::string(QV_RES "/") + file).c_str(), "r"); }
+cmsHPROFILE Lab() { return cmsCreateLab4Profile(nullptr); }
 
 TEST(CmykProfile, ReproducesItsPressData) {
-  const Profile cmyk = Open("cmyk.icc"), lab(cmsCreateLab4Profile(nullptr));
-  const Engine to_lab(cmyk, TYPE_CMYK_DBL, lab, TYPE_Lab_DBL, INTENT_ABSOLUTE_COLORIMETRIC);
+  const auto to_lab =
+      Engine<cmsCIELab, Ink>(Open("cmyk.icc"), TYPE_CMYK_DBL, Lab(), TYPE_Lab_DBL, INTENT_ABSOLUTE_COLORIMETRIC);
   std::ifstream data(QV_FOGRA39L);
   std::string line;
   const auto is = [&](const char* keyword) { return line.substr(0, line.find_last_not_of(" \r\t") + 1) == keyword; };
@@ -65,7 +54,7 @@ TEST(CmykProfile, ReproducesItsPressData) {
     cmsCIELab measured{};
     fields >> id >> ink.c >> ink.m >> ink.y >> ink.k >> x >> y >> z >> measured.L >> measured.a >> measured.b;
     ASSERT_TRUE(fields) << line;
-    const auto printed = to_lab.Convert<cmsCIELab>(ink);
+    const auto printed = to_lab(ink);
     sum += cmsDeltaE(&printed, &measured);
     ++patches;
   }
@@ -75,10 +64,10 @@ TEST(CmykProfile, ReproducesItsPressData) {
 }
 
 TEST(CmykProfile, BringsColoursOfItsGamutBack) {
-  const Profile srgb = Open("srgb.icc"), cmyk = Open("cmyk.icc"), lab(cmsCreateLab4Profile(nullptr));
-  const Engine lab_of_rgb(srgb, TYPE_RGB_8, lab, TYPE_Lab_DBL, INTENT_RELATIVE_COLORIMETRIC);
-  const Engine ink_of_lab(lab, TYPE_Lab_DBL, cmyk, TYPE_CMYK_DBL, INTENT_RELATIVE_COLORIMETRIC);
-  const Engine lab_of_ink(cmyk, TYPE_CMYK_DBL, lab, TYPE_Lab_DBL, INTENT_RELATIVE_COLORIMETRIC);
+  constexpr uint32_t kIntent = INTENT_RELATIVE_COLORIMETRIC;
+  const auto lab_of_rgb = Engine<cmsCIELab, Rgb>(Open("srgb.icc"), TYPE_RGB_8, Lab(), TYPE_Lab_DBL, kIntent);
+  const auto ink_of_lab = Engine<Ink, cmsCIELab>(Lab(), TYPE_Lab_DBL, Open("cmyk.icc"), TYPE_CMYK_DBL, kIntent);
+  const auto lab_of_ink = Engine<cmsCIELab, Ink>(Open("cmyk.icc"), TYPE_CMYK_DBL, Lab(), TYPE_Lab_DBL, kIntent);
   const ConverterPtr to_ink = MakeConverter(CS_RGB, CS_CMYK, Params(METHOD_ICC));
   const ConverterPtr back = MakeConverter(CS_CMYK, CS_RGB, Params(METHOD_ICC));
   ASSERT_TRUE(to_ink && back);
@@ -87,14 +76,14 @@ TEST(CmykProfile, BringsColoursOfItsGamutBack) {
   for (int i = 0; i < 16 * 16 * 16; ++i) {
     const auto level = [&](int shift) { return static_cast<uint8_t>((i >> shift & 15) * 17); };
     const Rgb rgb = {level(8), level(4), level(0)};
-    const auto wanted = lab_of_rgb.Convert<cmsCIELab>(rgb);
-    const auto printed = lab_of_ink.Convert<cmsCIELab>(ink_of_lab.Convert<Ink>(wanted));
+    const auto wanted = lab_of_rgb(rgb);
+    const auto printed = lab_of_ink(ink_of_lab(wanted));
     if (cmsDeltaE(&wanted, &printed) > 2) continue;
     uint8_t ink[4];
     Rgb returned;
     ASSERT_EQ(Q_ClrConvert(to_ink.get(), &rgb, ink, 1, 1, 0, 0), SUCCESS);
     ASSERT_EQ(Q_ClrConvert(back.get(), ink, &returned, 1, 1, 0, 0), SUCCESS);
-    const auto seen = lab_of_rgb.Convert<cmsCIELab>(returned);
+    const auto seen = lab_of_rgb(returned);
     sum += cmsDeltaE(&wanted, &seen);
     ++colours;
   }

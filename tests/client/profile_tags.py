@@ -158,15 +158,13 @@ class Values(profiles.ProfileTest):
                      r"  inputTables +count 256; first 0, 1, 2, 3; last 252, 253, 254, 255"):
             self.assertRegex(text, rf"(?m)^{line}$")
 
-    def test_colours_of_other_encodings(self):
+    def test_colours_of_other_encodings_and_long_lists(self):
         colorant = tag("clrt", u32(1), bytes(32), u16(0x8000, 0x10000 - 1, 0))
         old = profiles.make(pcs="Lab ", version=0x02400000)[:128]
         for header, expected in ((profiles.make()[:128], {"XYZ": [1, 1.99997, 0]}),
                                  (old, {"Lab": [50.19608, 127.99609, -128]})):
             colour = self.values(build(("clrt", colorant), header=header))[0]["colorants"][0]
             self.assertEqual(colour, {"name": ""} | expected)
-
-    def test_long_lists(self):
         content = build(("kTRC", tag("curv", u32(1025), u16(*range(1025)))))
         self.assertEqual(self.values(content)[0]["points"], {"count": 1025, "first": [0, 1, 2, 3],
                                                              "last": [1021, 1022, 1023, 1024]})

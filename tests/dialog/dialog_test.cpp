@@ -8,8 +8,7 @@
 #include "qvclr/dialog/dialog.h"
 #include "qvclr/library.h"
 #include "support/files.h"
-#include "support/guarded.h"
-#include "support/load_module.h"
+#include "support/system.h"
 
 namespace {
 

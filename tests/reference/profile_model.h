@@ -7,11 +7,9 @@
 #include <vector>
 
 #include "Qvclr15x.h"
-#include "support/signature.h"
+#include "support/bytes.h"
 
 namespace qv_test {
-
-using Bytes = std::vector<uint8_t>;
 
 struct ProfileModel {
   struct Tag {

@@ -7,9 +7,9 @@
 #include <iterator>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "Qvclr15x.h"
+#include "support/bytes.h"
 
 namespace qv_test {
 
@@ -28,21 +28,23 @@ class Folder {
   Folder& operator=(const Folder&) = delete;
 
   std::filesystem::path In(std::string_view name) const { return path_ / name; }
-  std::filesystem::path Write(std::string_view name, const std::vector<uint8_t>& bytes) const {
-    std::filesystem::remove(In(name));  // faster than emptying
-    std::ofstream(In(name), std::ios::binary)
+  std::filesystem::path Write(const std::filesystem::path& name, const Bytes& bytes) const {
+    std::error_code ignored;
+    std::filesystem::remove(path_ / name, ignored);  // faster than emptying
+    std::ofstream(path_ / name, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return In(name);
+    return path_ / name;
   }
 
  private:
   std::filesystem::path path_;
 };
 
-inline std::vector<uint8_t> ReadResource(std::string_view name) {
-  std::ifstream file(std::filesystem::path(QV_RES) / name, std::ios::binary);
+inline Bytes Contents(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
+inline Bytes ReadResource(std::string_view name) { return Contents(std::filesystem::path(QV_RES) / name); }
 
 inline void SetName(const std::filesystem::path& path, QWChar (&field)[260]) {
   const auto wide = path.string<QWChar>();
@@ -51,10 +53,10 @@ inline void SetName(const std::filesystem::path& path, QWChar (&field)[260]) {
 }
 
 // An uncompressed little-endian TIFF file whose one strip is `content`; its image claims `rows` lines of three bytes.
-inline std::vector<uint8_t> TiffOf(const std::vector<uint8_t>& content, size_t rows) {
+inline Bytes TiffOf(const Bytes& content, size_t rows) {
   constexpr uint32_t kEntries = 4, kStrip = 8 + 2 + 12 * kEntries;
   const uint32_t tags[kEntries][2] = {{256, 1}, {257, static_cast<uint32_t>(rows)}, {273, kStrip}, {277, 3}};
-  std::vector<uint8_t> file = {'I', 'I', 42, 0, 8, 0, 0, 0, kEntries, 0};
+  Bytes file = {'I', 'I', 42, 0, 8, 0, 0, 0, kEntries, 0};
   const auto add = [&](uint32_t value, int bytes) {
     for (int i = 0; i < bytes; ++i) file.push_back(static_cast<uint8_t>(value >> 8 * i));
   };
@@ -62,6 +64,6 @@ inline std::vector<uint8_t> TiffOf(const std::vector<uint8_t>& content, size_t r
   file.insert(file.end(), content.begin(), content.end());
   return file;
 }
-inline std::vector<uint8_t> TiffOf(const std::vector<uint8_t>& content) { return TiffOf(content, content.size() / 3); }
+inline Bytes TiffOf(const Bytes& content) { return TiffOf(content, content.size() / 3); }
 
 }  // namespace qv_test

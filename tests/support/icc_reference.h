@@ -5,16 +5,12 @@
 #include <lcms2.h>
 
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "Qvclr15x.h"
+#include "support/files.h"
 
 namespace qv_test {
-
-using Bytes = std::vector<uint8_t>;
 
 struct IccSide {
   uint32_t space, format;
@@ -30,13 +26,8 @@ inline constexpr IccSide kLab = {CS_LAB, 0xA0019, 3, "lab.icc", 200182};
 
 inline bool IsRgb(const IccSide& side) { return side.space == CS_RGB || side.space == CS_BGR; }
 
-inline Bytes FileBytes(const std::filesystem::path& name) {
-  std::ifstream file(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 inline Bytes BuiltInProfile(const IccSide& side) {
-  Bytes bytes = FileBytes(std::filesystem::path(QV_RES) / side.file);
+  Bytes bytes = ReadResource(side.file);
   EXPECT_EQ(bytes.size(), side.file_size) << side.file;
   return bytes;
 }

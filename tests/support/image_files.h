@@ -4,29 +4,15 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <map>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "support/bytes.h"
+
 namespace qv_test {
-
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes Contents(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline Bytes Joined(std::initializer_list<Bytes> parts) {
-  Bytes all;
-  for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
-  return all;
-}
-inline Bytes Text(std::string_view text) { return {text.begin(), text.end()}; }
 
 // A JPEG file's segments, each with what stands before its marker; the last part is all from the first scan on.
 using JpegParts = std::vector<Bytes>;

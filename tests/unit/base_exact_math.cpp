@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "reference/exact_power.h"
+#include "reference/models.h"
 
 namespace {
 using qv::Power, qv::TruncateToInt32;

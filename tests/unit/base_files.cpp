@@ -2,23 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
-
-#include "base/faults.h"
 #include "base/last_error.h"
-#include "unit/base_system.h"
+#include "support/files.h"
+#include "unit/fault_sweep.h"
 
 namespace {
 using namespace qv;
 using Name = std::basic_string<QWChar>;
 
 struct Files : testing::Test {
-  Files() { std::filesystem::create_directories(folder); }
-  ~Files() override { std::filesystem::remove_all(folder); }
-  Name In(const std::filesystem::path& name) const { return (folder / name).string<QWChar>(); }
-
-  std::filesystem::path folder = std::filesystem::temp_directory_path() / "qv_base_files";
+  Name In(const std::filesystem::path& name) const { return (folder.In("") / name).string<QWChar>(); }
+  const qv_test::Folder folder{"qv_base_files"};
 };
 
 // Writes ten digits and reads five of them back; false at the first failure.
@@ -65,16 +59,12 @@ TEST_F(Files, HaveNamesOfEveryScript) {
 }
 
 TEST_F(Files, HoldNoHandleAfterTheFailureOfAnyCall) {
-  const size_t handles = qv_test::OpenHandles();
-  int n = 0;
-  for (bool passed = false; !passed && n < 50;) {
-    file_faults.FailNth(++n);
-    passed = Session(In("faulty"));
-    EXPECT_EQ(passed, file_faults.Armed()) << n;
-    EXPECT_EQ(qv_test::OpenHandles(), handles) << n;
-  }
-  file_faults.FailNth(0);
-  EXPECT_EQ(n, 9);  // open, write, close, exists, open, seek, read, close; then none is left to fail
+  EXPECT_EQ(qv_test::SweepFaults(file_faults,
+                                 [&](qv_test::Fault& fault) {
+                                   const bool passed = fault.During([&] { return Session(In("faulty")); }) != 0;
+                                   EXPECT_NE(passed, fault.struck);
+                                 }),
+            8);  // open, write, close, exists, open, seek, read, close
 }
 
 TEST(LastError, IsNeverSuccessOrNegative) {

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/guarded.h"
+#include "support/system.h"
 
 namespace qv_test {
 

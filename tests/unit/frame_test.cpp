@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <random>
-#include <vector>
+
+#include "support/bytes.h"
 
 namespace {
 using namespace qv;
-using Bytes = std::vector<uint8_t>;
+using qv_test::Bytes;
 
 TEST(Frame, SizesRoundUpPerLineOrPerFrame) {
   struct Case {
@@ -24,11 +25,10 @@ TEST(Frame, SizesRoundUpPerLineOrPerFrame) {
         Case{CS_CMYK, kMost, 1, kMost, 0x1fffffffc, 0x1fffffffc, 0x27ffffffb, 0x27ffffffb},
         Case{CS_CMYK, kMost, kMost, kMost, 0x1fffffffc, SIZE_MAX, SIZE_MAX, SIZE_MAX}}) {
     const Frame frame{FindSpace(c.space), c.width, c.height, c.pad};
-    SCOPED_TRACE(frame.space->name);
-    EXPECT_EQ(frame.LineBytes(), c.line);
-    EXPECT_EQ(frame.BytesToLastPixel(), c.to_last_pixel);
-    EXPECT_EQ(frame.BytesWithPadding(), c.with_padding);
-    EXPECT_EQ(frame.KernelBytes(), c.kernel);
+    EXPECT_EQ(frame.LineBytes(), c.line) << frame.space->name;
+    EXPECT_EQ(frame.BytesToLastPixel(), c.to_last_pixel) << frame.space->name;
+    EXPECT_EQ(frame.BytesWithPadding(), c.with_padding) << frame.space->name;
+    EXPECT_EQ(frame.KernelBytes(), c.kernel) << frame.space->name;
   }
 }
 
@@ -39,42 +39,15 @@ TEST(Frame, SizeRulesAreThoseOfBothSpacesTheSourceFirst) {
     Status status;
   };
   for (const Case& c : {Case{CS_RGB, CS_YUY2, 3, 1, kInvalidWidthAlignment},
-                        {CS_YUY2, CS_RGB, 2, 1, kSuccess},
                         {CS_UYVY, CS_RGB, 1, 2, kInvalidWidthAlignment},
                         {CS_Y41P, CS_RGB, 12, 1, kInvalidWidthAlignment},
-                        {CS_Y41P, CS_RGB, 8, 1, kSuccess},
                         {CS_RGB, CS_YVU9, 6, 4, kInvalidYuv9Size},
                         {CS_RGB, CS_YVU9, 8, 6, kInvalidYuv9Size},
-                        {CS_RGB, CS_YVU9, 4, 8, kSuccess},
                         {CS_CMYK, CS_LAB, 1, 1, kSuccess},
                         {CS_YVU9, CS_Y41P, 6, 4, kInvalidYuv9Size},
                         {CS_Y41P, CS_YVU9, 6, 4, kInvalidWidthAlignment}}) {
     EXPECT_EQ(CheckSizeRules({FindSpace(c.in), c.width, c.height}, {FindSpace(c.out), c.width, c.height}), c.status)
         << c.in << " to " << c.out << ", " << c.width << " x " << c.height;
-  }
-}
-
-TEST(Overlap, IsNoReasonForACopyWhereOutputStaysBehindItsInput) {
-  uint8_t bytes[64] = {};
-  struct Case {
-    size_t src, src_bytes, src_stride, dst, dst_bytes, dst_stride;
-    bool overwrites;
-  };
-  for (const Case& c : {Case{0, 12, 12, 24, 12, 12, false},  // the output begins where the input ends
-                        Case{24, 12, 12, 0, 12, 12, false},  // and the other way round
-                        Case{0, 12, 12, 23, 12, 12, true},   // one byte shared
-                        Case{0, 12, 14, 0, 12, 14, false},   // each byte over itself
-                        Case{0, 12, 4, 0, 12, 4, false},     // also with lines that overlap
-                        Case{0, 12, 12, 0, 9, 9, false},     // fewer bytes in place
-                        Case{0, 9, 9, 0, 12, 12, true},      // more bytes in place
-                        Case{5, 9, 9, 0, 12, 12, true},      // the last line would end behind its input
-                        Case{6, 9, 9, 0, 12, 12, false},     // it ends where its input ends
-                        Case{0, 12, 12, 0, 12, 13, true},    // the second line starts behind its input
-                        Case{1, 12, 14, 0, 12, 12, false}}) {
-    EXPECT_EQ(OverwritesUnreadInput({bytes + c.src, c.src_bytes, c.src_stride, 2},
-                                    {bytes + c.dst, c.dst_bytes, c.dst_stride, 2}),
-              c.overwrites)
-        << c.src << ", " << c.src_bytes << " to " << c.dst << ", " << c.dst_bytes;
   }
 }
 

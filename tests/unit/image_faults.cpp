@@ -4,12 +4,11 @@
 
 #include <filesystem>
 
-#include "base/faults.h"
 #include "base/memory.h"
 #include "support/converters.h"
 #include "support/files.h"
 #include "support/image_files.h"
-#include "unit/base_system.h"
+#include "unit/fault_sweep.h"
 
 namespace {
 
@@ -65,11 +64,7 @@ std::vector<Sample> Samples() {
 
 struct ImageFaults : testing::Test {
   ImageFaults() {
-    IccProfileRecord first = RecordOf({1});  // asks for readable memory, for which a handle is opened and kept
-    Q_SetICCTagData(&first, nullptr, 0, 0);
-    Save(folder.Write("image", Samples()[0].file), &first);
-    Q_FreeICCProfile(&first);
-    fs::remove(folder.In("image"));
+    IsReadable(this, 1);  // opens what the process keeps
     before = Ledger();
     handles = OpenHandles();
   }
@@ -158,38 +153,33 @@ TEST_F(ImageFaults, DirectoriesThatLoopOrAreHuge) {
 
 TEST_F(ImageFaults, EveryFileCallAndAllocationFailing) {
   const Bytes profile = RandomBytes(70000);
+  const auto attempt = [&](const Sample& sample, bool saves, Fault& fault, Bytes* file) {
+    const fs::path path = folder.Write("image", sample.file);
+    fs::permissions(path, fs::perms::owner_all);  // to be taken over
+    IccProfileRecord record = RecordOf(profile);
+    const int32_t status = fault.During([&] { return saves ? Save(path, &record) : Load(path, &record); });
+    const Bytes left(record.profileBytes, record.profileBytes + record.profileByteSize);
+    *file = Contents(path);
+    EXPECT_TRUE(saves ? left == profile : *file == sample.file);
+    Q_FreeICCProfile(&record);
+    EXPECT_TRUE(Clean());
+    return std::pair(status, saves ? *file : left);
+  };
   for (const Sample& sample : Samples()) {
     for (FaultHook* hook : {&file_faults, &allocation_faults}) {
       for (const bool saves : {false, true}) {
-        Bytes made;
-        int32_t expected = 0;
-        for (int n = 0, done = 0; done == 0 && n < 500; ++n) {
-          SCOPED_TRACE(testing::Message() << sample.what << (saves ? " saved, " : " loaded, ")
-                                          << (hook == &file_faults ? "file call " : "allocation ") << n);
-          const fs::path path = folder.Write("image", sample.file);
-          fs::permissions(path, fs::perms::owner_all);
-          IccProfileRecord record = RecordOf(profile);
-          hook->FailNth(n);
-          const int32_t status = saves ? Save(path, &record) : Load(path, &record);
-          const bool struck = n > 0 && !hook->Armed();
-          hook->FailNth(0);
-          const Bytes now = Contents(path);
-          const Bytes left(record.profileBytes, record.profileBytes + record.profileByteSize);
-          if (n == 0) {
-            expected = status;
-            made = saves ? now : left;
-          } else if (!struck) {
-            EXPECT_TRUE(status == expected && (saves ? now : left) == made);
-            done = 1;
-          } else if (saves && sample.what != std::string_view("GIF")) {
-            EXPECT_TRUE(status != SUCCESS ? now == sample.file : now == made);
-          } else if (!saves) {
-            EXPECT_TRUE((status != SUCCESS || left == made) && now == sample.file);
-          }
-          if (saves) EXPECT_EQ(left, profile);
-          Q_FreeICCProfile(&record);
-          EXPECT_TRUE(Clean());
-        }
+        SCOPED_TRACE(testing::Message() << sample.what << (saves ? " saved" : " loaded"));
+        Fault none{*hook, 0};
+        Bytes file;
+        const auto expected = attempt(sample, saves, none, &file);
+        EXPECT_GE(SweepFaults(*hook,
+                              [&](Fault& fault) {
+                                const auto [status, made] = attempt(sample, saves, fault, &file);
+                                if (!fault.struck || (status == SUCCESS && sample.file[0] != 'G'))
+                                  EXPECT_TRUE(made == expected.second && (fault.struck || status == expected.first));
+                                if (status != SUCCESS && sample.file[0] != 'G') EXPECT_TRUE(file == sample.file);
+                              }),
+                  0);
       }
     }
   }

@@ -2,15 +2,9 @@
 // behind, and a record that every function can still be called with.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <string>
-
-#include "base/faults.h"
-#include "base/memory.h"
 #include "reference/profile_model.h"
-#include "unit/base_system.h"
+#include "support/files.h"
+#include "unit/fault_sweep.h"
 
 namespace {
 
@@ -52,57 +46,46 @@ void EveryFunction(IccProfileRecord* record) {
       Q_GetICCTagData(record, &tag, signature);
       Q_FreeICCTagType(&tag, Sig("Qraw"));
     }
+    Q_GenerateICCPointer(record);
   };
   each();
-  Q_GenerateICCPointer(record);
   Q_DeleteICCTag(record, 0, nullptr);
   Q_DeleteICCTag(record, Sig("desc"), nullptr);
   each();
   SetTag(record);
   SetTag(record, Sig("wtpt"));
   each();
-  Q_GenerateICCPointer(record);
   for (int i = 0; i < 4; ++i) Q_DeleteICCTag(record, Sig("desc"), nullptr);
   SetTag(record);
   Q_GenerateICCPointer(record);
 }
 
-// Gives the number of calls that can fail, which all must be told by `failed` or, in their order, by `codes`.
-int Sweep(FaultHook& hook, size_t tags, int32_t expected, const Call& call, std::vector<int32_t> codes = {}) {
-  IccProfileRecord first = RecordOfTags(1);  // asks for readable memory, for which a handle is opened and kept
-  Q_FreeICCProfile(&first);
-  const LedgerTotals before = Ledger();
-  const size_t handles = OpenHandles();
-  for (int n = 1; n < 100; ++n) {
+// Gives the number of calls that can fail, which all must be told by ERR_FAILURE or, in their order, by `codes`.
+int Sweep(FaultHook& hook, size_t tags, int32_t expected, const Call& call, const std::vector<int32_t>& codes = {}) {
+  return SweepFaults(hook, [&](Fault& fault) {
     IccProfileRecord record = RecordOfTags(tags);
-    hook.FailNth(n);
-    const int32_t status = call(&record);
-    const bool struck = !hook.Armed();
-    hook.FailNth(0);
-    const size_t i = static_cast<size_t>(n) - 1;
-    EXPECT_EQ(status, !struck ? expected : i < codes.size() ? codes[i] : ERR_FAILURE) << "failure " << n;
-    EXPECT_EQ(OpenHandles(), handles);
+    const int32_t status = fault.During([&] { return call(&record); });
+    const size_t i = static_cast<size_t>(fault.n) - 1;
+    EXPECT_EQ(status, !fault.struck ? expected : i < codes.size() ? codes[i] : ERR_FAILURE);
     EveryFunction(&record);
     Q_FreeICCProfile(&record);
-    EXPECT_EQ(Ledger().blocks, before.blocks) << "failure " << n;
-    EXPECT_EQ(Ledger().bytes, before.bytes) << "failure " << n;
-    if (!struck) return n - 1;
-  }
-  return -1;
+  });
 }
 
-TEST(FailingAllocations, InProfileFunctions) {
+TEST(ProfileFaults, OfAllocations) {
   const Bytes image = ImageWithEmptyTag();
-  const auto fill = [&](IccProfileRecord* record) {
-    return Q_FillICCProfileStructure(record, image.data(), static_cast<uint32_t>(image.size()));
-  };
   const auto sweep = [](size_t tags, int32_t expected, const Call& call) {
     return Sweep(allocation_faults, tags, expected, call);
   };
-  EXPECT_EQ(sweep(0, SUCCESS, fill), 4) << "image, header, table, data";
+  const auto set = [](IccProfileRecord* record) { return SetTag(record); };
+  EXPECT_EQ(sweep(0, SUCCESS,
+                  [&](IccProfileRecord* record) {
+                    return Q_FillICCProfileStructure(record, image.data(), static_cast<uint32_t>(image.size()));
+                  }),
+            4)
+      << "image, header, table, data";
   EXPECT_EQ(sweep(0, SUCCESS, Q_InitICCHeader), 1);
   for (const size_t tags : {1u, 2u, 5u}) {
-    const auto set = [](IccProfileRecord* record) { return SetTag(record); };
     EXPECT_EQ(sweep(tags, ERR_ICC_UNKNOWN_TAG_TYPE, set), 3) << "copy, table, data";
     EXPECT_EQ(sweep(tags, SUCCESS, Q_GenerateICCPointer), 1);
   }
@@ -120,31 +103,27 @@ TEST(FailingAllocations, InProfileFunctions) {
                   }),
             3)
       << "behind data that the record still claims";
-  // Create and Get may leave nothing in their structure, Delete nothing deleted.
-  const Call into_structure[] = {[](IccProfileRecord*) {
-                                   IccUnknownTagType copy{};
-                                   const int32_t status = Q_CreateICCTagData(&copy, &kTag, Sig("Qraw"));
-                                   EXPECT_EQ(copy.data != nullptr, status != ERR_FAILURE);
-                                   Q_FreeICCTagType(&copy, Sig("Qraw"));
-                                   return status;
-                                 },
-                                 [](IccProfileRecord* record) {
-                                   IccUnknownTagType tag{};
-                                   const int32_t status = Q_GetICCTagData(record, &tag, Sig("desc"));
-                                   Q_FreeICCTagType(&tag, Sig("Qraw"));
-                                   return status;
-                                 },
-                                 [](IccProfileRecord* record) {
-                                   IccUnknownTagType tag{};
-                                   const int32_t status = Q_DeleteICCTag(record, Sig("desc"), &tag);
-                                   EXPECT_EQ(+record->tagCount, 2u);
-                                   Q_FreeICCTagType(&tag, Sig("Qraw"));
-                                   return status;
-                                 }};
-  for (const Call& call : into_structure) EXPECT_EQ(sweep(2, ERR_ICC_UNKNOWN_TAG_TYPE, call), 1);
+  // Nothing stays in a structure, and nothing is deleted.
+  using IntoStructure = int32_t (*)(IccProfileRecord*, IccUnknownTagType*);
+  const IntoStructure into_structure[] = {
+      [](IccProfileRecord*, IccUnknownTagType* tag) { return Q_CreateICCTagData(tag, &kTag, Sig("Qraw")); },
+      [](IccProfileRecord* record, IccUnknownTagType* tag) { return Q_GetICCTagData(record, tag, Sig("desc")); },
+      [](IccProfileRecord* record, IccUnknownTagType* tag) { return Q_DeleteICCTag(record, Sig("desc"), tag); }};
+  for (const IntoStructure into : into_structure) {
+    EXPECT_EQ(sweep(2, ERR_ICC_UNKNOWN_TAG_TYPE,
+                    [into](IccProfileRecord* record) {
+                      IccUnknownTagType tag{};
+                      const int32_t status = into(record, &tag);
+                      EXPECT_EQ(tag.data != nullptr, status != ERR_FAILURE);
+                      EXPECT_EQ(+record->tagCount, 2u);
+                      Q_FreeICCTagType(&tag, Sig("Qraw"));
+                      return status;
+                    }),
+              1);
+  }
 }
 
-TEST(FailingAllocations, RaiseTheCountOfAnAppendAndNothingElse) {
+TEST(ProfileFaults, RaiseTheCountOfAnAppendAndNothingElse) {
   IccProfileRecord record = RecordOfTags(2);
   for (const int n : {2, 3}) {
     allocation_faults.FailNth(n);
@@ -162,11 +141,9 @@ TEST(FailingAllocations, RaiseTheCountOfAnAppendAndNothingElse) {
   Q_FreeICCProfile(&emptied);
 }
 
-TEST(FailingFileCalls, InProfileFunctions) {
-  const auto path = std::filesystem::temp_directory_path() / "qv_profile_faults.icc";
-  const std::basic_string<QWChar> name = path.string<QWChar>();
-  const Bytes image = ImageWithEmptyTag();
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(image.data()), std::ssize(image));
+TEST(ProfileFaults, OfFileCalls) {
+  const Folder folder("qv_profile_faults");
+  const auto name = folder.Write("image.icc", ImageWithEmptyTag()).string<QWChar>();
   const Call fill = [&](IccProfileRecord* record) { return Q_FillICCProfileFromICCFile(name.c_str(), record); };
   const Call generate = [&](IccProfileRecord* record) {
     EXPECT_EQ(Q_GenerateICCPointer(record), SUCCESS);
@@ -177,7 +154,6 @@ TEST(FailingFileCalls, InProfileFunctions) {
   EXPECT_EQ(Sweep(file_faults, 0, SUCCESS, fill, {ERR_FILE_OPEN, kRead, kRead, kRead, kRead, kRead, SUCCESS}), 7)
       << "open, read, seek, read, seek, read; a failed close is not told";
   EXPECT_EQ(Sweep(file_faults, 2, SUCCESS, generate, {ERR_FILE_OPEN, ERR_FILE_WRITE, ERR_FILE_WRITE}), 3);
-  std::filesystem::remove(path);
 }
 
 }  // namespace

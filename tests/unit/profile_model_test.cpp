@@ -6,7 +6,7 @@
 
 #include "base/memory.h"
 #include "reference/profile_model.h"
-#include "support/guarded.h"
+#include "support/system.h"
 
 namespace {
 

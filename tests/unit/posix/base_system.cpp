@@ -1,5 +1,4 @@
-// Names, texts and modules where the narrow encoding is UTF-8.
-#include <dlfcn.h>
+// Names and texts where the narrow encoding is UTF-8.
 #include <gmock/gmock.h>
 
 #include <cerrno>
@@ -9,7 +8,6 @@
 
 #include "base/files.h"
 #include "base/last_error.h"
-#include "base/module.h"
 #include "base/text.h"
 #include "base/utf8_posix.h"
 #include "unit/base_system.h"
@@ -71,14 +69,6 @@ TEST(FilesOnLinux, RefuseNamesThatAreNoText) {
   }
   errno = EPERM;  // 1 would read as success
   EXPECT_EQ(static_cast<int>(LastErrorStatus()), EACCES);
-}
-
-TEST(ModuleOnLinux, WithoutATableHasNoResources) {
-  void* other = dlopen("libm.so.6", RTLD_LAZY);
-  ASSERT_NE(other, nullptr);
-  std::span<const uint8_t> bytes;
-  EXPECT_EQ(static_cast<int>(FindModuleResource(other, "ICM", 105, &bytes)), 1812);
-  dlclose(other);
 }
 
 }  // namespace

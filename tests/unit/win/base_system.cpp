@@ -1,10 +1,9 @@
-// Memory, texts, modules and handles as Windows has them.
+// Memory, texts and handles as Windows has them.
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include <string>
 
-#include "base/module.h"
 #include "base/readable.h"
 #include "base/text.h"
 #include "unit/base_system.h"
@@ -48,11 +47,6 @@ TEST(TextOnWindows, IsReadInTheSystemsCodePage) {
   if (GetACP() == CP_UTF8) EXPECT_EQ(Widened("\xC3\xA4", 1), std::pair(true, L"\u00E4"s));
   if (GetACP() == CP_UTF8) EXPECT_EQ(Widened("a\xC3", 2), std::pair(false, L"\0\0"s));
   if (GetACP() == 1252) EXPECT_EQ(Widened("\xE4\x80", 2), std::pair(true, L"\u00E4\u20AC"s));
-}
-
-TEST(ModuleOnWindows, TellsThatKernel32HasNoProfiles) {
-  std::span<const uint8_t> bytes;
-  EXPECT_EQ(static_cast<int>(FindModuleResource(GetModuleHandleW(L"kernel32"), "ICM", 105, &bytes)), 1813);
 }
 
 }  // namespace

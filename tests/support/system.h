@@ -1,4 +1,5 @@
-// Buffers that end (or begin) at a page that nobody may touch.
+// The system as tests use it: pages of memory, buffers that end (or begin) at a page that nobody may touch, and
+// modules.
 #pragma once
 
 #include <cstddef>
@@ -46,5 +47,12 @@ class GuardedBuffer {
   uint8_t* base_;
   uint8_t* data_;
 };
+
+void* LoadModule(const char* path);  // as the hosts do; null on failure
+void UnloadModule(void* module);
+void* SystemModule();  // a library of the system, without the toolkit's resources
+
+inline const char* const kSatellite = QV_SATELLITE;  // tests/satellite, built
+inline const char* const kLibrary = QV_LIBRARY;      // the library itself
 
 }  // namespace qv_test

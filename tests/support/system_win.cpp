@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "support/guarded.h"
+#include "support/system.h"
 
 namespace qv_test {
 
@@ -25,5 +25,9 @@ void Protect(uint8_t* pages, size_t count, Protection protection) {
   DWORD old = 0;
   if (!VirtualProtect(pages, count * PageSize(), kNative[static_cast<size_t>(protection)], &old)) std::abort();
 }
+
+void* LoadModule(const char* path) { return LoadLibraryA(path); }
+void UnloadModule(void* module) { FreeLibrary(static_cast<HMODULE>(module)); }
+void* SystemModule() { return LoadLibraryA("kernel32.dll"); }
 
 }  // namespace qv_test

@@ -1,9 +1,10 @@
+#include <dlfcn.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdlib>
 
-#include "support/guarded.h"
+#include "support/system.h"
 
 namespace qv_test {
 
@@ -21,5 +22,9 @@ void Protect(uint8_t* pages, size_t count, Protection protection) {
   constexpr int kNative[] = {PROT_NONE, PROT_READ, PROT_READ | PROT_WRITE};
   if (mprotect(pages, count * PageSize(), kNative[static_cast<size_t>(protection)]) != 0) std::abort();
 }
+
+void* LoadModule(const char* path) { return dlopen(path, RTLD_NOW); }
+void UnloadModule(void* module) { dlclose(module); }
+void* SystemModule() { return dlopen("libm.so.6", RTLD_NOW); }
 
 }  // namespace qv_test
