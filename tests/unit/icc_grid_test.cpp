@@ -18,7 +18,7 @@ using namespace qv_test;
 
 using Side = qv_test::IccSide;
 
-Bytes Installed(const char* name) { return FileBytes(std::filesystem::path(QV_PROFILES) / name); }
+Bytes Installed(const char* name) { return Contents(std::filesystem::path(QV_PROFILES) / name); }
 
 struct DeleteTransform {
   void operator()(IccTransform* transform) const { IccTransform::Delete(transform); }
