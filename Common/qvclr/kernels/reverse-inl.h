@@ -98,7 +98,7 @@ HWY_INLINE void ReversePixels(const uint8_t* src, uint8_t* dst) {
 constexpr size_t kReverseBlock = 1;
 
 template <bool kComplement>
-void ReversePixels(const uint8_t* src, uint8_t* dst);  // never called
+HWY_INLINE void ReversePixels(const uint8_t* /*src*/, uint8_t* /*dst*/) {}  // not called
 #endif
 
 }  // namespace qv::HWY_NAMESPACE
