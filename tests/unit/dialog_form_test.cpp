@@ -33,8 +33,8 @@ TEST(DialogForm, GivesBackEveryNumberWithEitherDecimalMark) {
       const Form form = FormOf(draft, mark);
       draft.white_point = {};
       EXPECT_EQ(TakeForm(form, &draft).control, 0);
-      EXPECT_EQ(draft.white_point.x, number);
-      EXPECT_EQ(draft.white_point.y, -number);
+      EXPECT_EQ(double{draft.white_point.x}, number);
+      EXPECT_EQ(double{draft.white_point.y}, -number);
     }
   }
 }
