@@ -82,6 +82,8 @@ struct Orders {
 #define QV_HAS_BYTE_PERMUTES (HWY_TARGET == HWY_AVX3_DL)
 
 // This target is only chosen where the processor has the dot products of 512-bit vectors, but does not name them.
+// It names AVX-VNNI, which such a processor may lack: loops over products that a compiler would make use of it for
+// stand outside of the target.
 #if QV_HAS_BYTE_PERMUTES
 #undef HWY_TARGET_STR
 #define HWY_TARGET_STR \
@@ -95,6 +97,52 @@ namespace hn = hwy::HWY_NAMESPACE;
 using U8 = hn::ScalableTag<uint8_t>;
 using ByteVector = hn::Vec<U8>;
 constexpr size_t kBlock = hn::MaxLanes(U8());  // pixels that a block converts
+
+#if QV_HAS_VECTORS
+using U16 = hn::Repartition<uint16_t, U8>;
+using I16 = hn::Repartition<int16_t, U8>;
+using U32 = hn::Repartition<uint32_t, U8>;
+using I32 = hn::Repartition<int32_t, U8>;
+using F32 = hn::Repartition<float, U8>;
+using F64 = hn::Repartition<double, U8>;
+using WordVector = hn::Vec<U16>;
+using IntVector = hn::Vec<I32>;
+using FloatVector = hn::Vec<F32>;
+using DoubleVector = hn::Vec<F64>;
+
+// Signed words clamped to bytes: in every 16 bytes those of `lower`, then those of `upper`.
+template <typename Vector>
+HWY_INLINE ByteVector PackedBytes(Vector lower, Vector upper) {
+#if HWY_TARGET <= HWY_AVX3
+  return ByteVector{_mm512_packus_epi16(lower.raw, upper.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return ByteVector{_mm256_packus_epi16(lower.raw, upper.raw)};
+#else
+  return ByteVector{_mm_packus_epi16(lower.raw, upper.raw)};
+#endif
+}
+
+// Pieces of 16 bytes, each `step` after the one before.
+template <typename D>
+HWY_INLINE hn::Vec<D> LoadPieces(D d, const uint8_t* src, size_t step) {
+  if constexpr (hn::MaxLanes(D()) == 16) {
+    return hn::LoadU(d, src);
+  } else {
+    const hn::Half<D> half;
+    return hn::Combine(d, LoadPieces(half, src + hn::MaxLanes(half) / 16 * step, step), LoadPieces(half, src, step));
+  }
+}
+template <typename D>
+HWY_INLINE void StorePieces(D d, hn::Vec<D> pieces, uint8_t* dst, size_t step) {
+  if constexpr (hn::MaxLanes(D()) == 16) {
+    hn::StoreU(pieces, d, dst);
+  } else {
+    const hn::Half<D> half;
+    StorePieces(half, hn::LowerHalf(half, pieces), dst, step);
+    StorePieces(half, hn::UpperHalf(half, pieces), dst + hn::MaxLanes(half) / 16 * step, step);
+  }
+}
+#endif
 
 struct Planes {
   ByteVector first, middle, last;

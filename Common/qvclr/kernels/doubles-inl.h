@@ -15,8 +15,6 @@ namespace qv::HWY_NAMESPACE {
 
 #if QV_HAS_VECTORS
 
-using F64 = hn::Repartition<double, U8>;
-using DoubleVector = hn::Vec<F64>;
 using FewI32 = hn::Rebind<int32_t, F64>;  // as many as doubles
 using FewInts = hn::Vec<FewI32>;
 

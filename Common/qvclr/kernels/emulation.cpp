@@ -56,33 +56,9 @@ void TablePixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
 
 #if QV_HAS_VECTORS
 // Vectors of pixels of four bytes.
-using U16 = hn::Repartition<uint16_t, U8>;
-using I16 = hn::Repartition<int16_t, U8>;
-using U32 = hn::Repartition<uint32_t, U8>;
-using I32 = hn::Repartition<int32_t, U8>;
 constexpr size_t kGroup = hn::MaxLanes(U32());
-constexpr size_t kBehind = 2;  // pixels of three bytes: blocks of 12 bytes reach 4 bytes on
-
-// Vectors of blocks of 16 bytes that stand in memory one every 12 bytes.
-template <class D>
-HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* src) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    return hn::LoadU(d, src);
-  } else {
-    const hn::Half<D> half;
-    return hn::Combine(d, LoadBlocks(half, src + hn::MaxLanes(half) / 4 * 3), LoadBlocks(half, src));
-  }
-}
-template <class D>
-HWY_INLINE void StoreBlocks(D d, hn::Vec<D> blocks, uint8_t* dst) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    hn::StoreU(blocks, d, dst);
-  } else {
-    const hn::Half<D> half;
-    StoreBlocks(half, hn::LowerHalf(half, blocks), dst);
-    StoreBlocks(half, hn::UpperHalf(half, blocks), dst + hn::MaxLanes(half) / 4 * 3);
-  }
-}
+constexpr size_t kPiece = 12;  // bytes of four pixels of three, which pieces of 16 bytes hold
+constexpr size_t kBehind = 2;  // pixels that cover what the last piece holds more
 
 HWY_INLINE ByteVector InEveryPixel(const PerChannel& bytes) {
   return hn::BitCast(U8(), hn::Set(U32(), uint32_t{bytes[0]} | bytes[1] << 8 | bytes[2] << 16 |
@@ -98,7 +74,7 @@ alignas(16) constexpr uint8_t kTogether[2][16] = {{0, 1, 2, 4, 5, 6, 8, 9, 10, 1
 template <size_t kSrcBytes>
 HWY_INLINE ByteVector LoadPixels(const uint8_t* src) {
   if constexpr (kSrcBytes == 4) return hn::LoadU(U8(), src);
-  return hn::TableLookupBytes(LoadBlocks(U8(), src), hn::LoadDup128(U8(), kApart));
+  return hn::TableLookupBytes(LoadPieces(U8(), src, kPiece), hn::LoadDup128(U8(), kApart));
 }
 
 // Pixels on their way through a table: the offsets of both corners' entries, then those entries.
@@ -188,10 +164,10 @@ HWY_INLINE void StoreMeans(const Corners& corners, size_t pixels, bool swapped, 
     return hn::TableLookupBytes(mean, together);
   };
   size_t i = 0;
-  for (; i + kGroup + kBehind <= pixels; i += kGroup) StoreBlocks(U8(), means(i), dst + 3 * i);
+  for (; i + kGroup + kBehind <= pixels; i += kGroup) StorePieces(U8(), means(i), dst + 3 * i, kPiece);
   for (; i < pixels; i += kGroup) {
     uint8_t last_pixels[3 * (kGroup + kBehind)];
-    StoreBlocks(U8(), means(i), last_pixels);
+    StorePieces(U8(), means(i), last_pixels, kPiece);
     std::memcpy(dst + 3 * i, last_pixels, 3 * HWY_MIN(kGroup, pixels - i));
   }
 }

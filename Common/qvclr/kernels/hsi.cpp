@@ -23,7 +23,7 @@ constexpr auto kWholeSaturations = [] {
   return saturations;
 }();
 
-constexpr uint8_t FirstHueAbove(double angle) {
+consteval uint8_t FirstHueAbove(double angle) {
   uint8_t byte = 0;
   while (hsi::HueOf(byte) <= angle) ++byte;
   return byte;
@@ -58,13 +58,9 @@ struct HueQuotient {
   FloatVector numerator, denominator;
 };
 HWY_INLINE FloatVector PairProducts(WordVector a, WordVector b) {
-#if HWY_TARGET <= HWY_AVX3
-  return FloatOf(IntVector{_mm512_madd_epi16(a.raw, b.raw)});
-#elif HWY_TARGET == HWY_AVX2
-  return FloatOf(IntVector{_mm256_madd_epi16(a.raw, b.raw)});
-#else
-  return FloatOf(IntVector{_mm_madd_epi16(a.raw, b.raw)});
-#endif
+  IntVector none = hn::Zero(I32());
+  return FloatOf(
+      hn::ReorderWidenMulAccumulate(I32(), hn::BitCast(I16(), a), hn::BitCast(I16(), b), hn::Zero(I32()), none));
 }
 HWY_INLINE HueQuotient QuotientOf(WordVector first, WordVector second) {
   const auto one_and_two = hn::BitCast(U16(), hn::Set(I32(), 0x20001));

@@ -76,8 +76,8 @@ HWY_INLINE InkPlanes LoadInks(const uint8_t* src) {
   const auto load = [&](size_t part)
                         HWY_ATTR { return hn::TableLookupBytes(hn::LoadU(U8(), src + 64 * part), by_channel); };
   ByteVector a = load(0), b = load(1), c = load(2), d = load(3);
-  Interleave(hn::Repartition<uint32_t, U8>(), a, b);  // channels 0 and 1 of the first half of the pixels, 2 and 3
-  Interleave(hn::Repartition<uint32_t, U8>(), c, d);
+  Interleave(U32(), a, b);  // channels 0 and 1 of the first half of the pixels, 2 and 3
+  Interleave(U32(), c, d);
   Interleave(hn::Repartition<uint64_t, U8>(), a, c);
   Interleave(hn::Repartition<uint64_t, U8>(), b, d);
   return {a, c, b, d};
@@ -86,8 +86,8 @@ HWY_INLINE void StoreInks(const InkPlanes& planes, uint8_t* dst) {
   auto [c, m, y, k] = planes;
   Interleave(U8(), c, m);
   Interleave(U8(), y, k);
-  Interleave(hn::Repartition<uint16_t, U8>(), c, y);
-  Interleave(hn::Repartition<uint16_t, U8>(), m, k);
+  Interleave(U16(), c, y);
+  Interleave(U16(), m, k);
   hn::StoreU(c, U8(), dst);
   hn::StoreU(y, U8(), dst + 64);
   hn::StoreU(m, U8(), dst + 128);

@@ -14,22 +14,20 @@ HWY_BEFORE_NAMESPACE();
 namespace qv::HWY_NAMESPACE {
 
 #if QV_HAS_VECTORS
-using F64 = hn::Repartition<double, U8>;
-
 // A constant of a row's loop, hidden from the compiler, which would otherwise make it anew in every block, by way of a
 // general register.
-HWY_INLINE I32Vector Kept(int64_t constant) {
+HWY_INLINE IntVector Kept(int64_t constant) {
   if (constant == 0) return hn::Zero(I32());
   const volatile int32_t hidden = static_cast<int32_t>(constant);
   return hn::Set(I32(), hidden);
 }
 
-HWY_INLINE I32Vector AddProducts(I32Vector sum, I16Vector pairs, I32Vector weights) {
+HWY_INLINE IntVector AddProducts(IntVector sum, I16Vector pairs, IntVector weights) {
   const I16Vector factors = hn::BitCast(I16(), weights);
 #if QV_HAS_BYTE_PERMUTES
-  return I32Vector{_mm512_dpwssd_epi32(sum.raw, pairs.raw, factors.raw)};
+  return IntVector{_mm512_dpwssd_epi32(sum.raw, pairs.raw, factors.raw)};
 #else
-  I32Vector none = hn::Zero(I32());
+  IntVector none = hn::Zero(I32());
   return hn::ReorderWidenMulAccumulate(I32(), pairs, factors, sum, none);
 #endif
 }
@@ -40,14 +38,14 @@ class Products {
  public:
   HWY_INLINE Products()
       : first_(Kept(forms::PairOfWeights(kFirst, kSecond))), second_(Kept(forms::PairOfWeights(kThird, kFourth))) {}
-  HWY_INLINE I32Vector AddTo(I32Vector sum, const Pairs& pairs) const {
+  HWY_INLINE IntVector AddTo(IntVector sum, const Pairs& pairs) const {
     if constexpr (kFirst != 0 || kSecond != 0) sum = AddProducts(sum, pairs.first, first_);
     if constexpr (kThird != 0 || kFourth != 0) sum = AddProducts(sum, pairs.second, second_);
     return sum;
   }
 
  private:
-  I32Vector first_, second_;
+  IntVector first_, second_;
 };
 
 // Made before the loop of a row.
@@ -58,19 +56,19 @@ class FormVectors {
       : bias_(Kept(forms::FirstBias(kForm))),
         high_bias_(Kept(forms::IsBiasWide(kForm) ? forms::HighDigit(kForm.bias) : 0)) {}
   // Before the shift, or what the lower digit leaves of that.
-  HWY_INLINE I32Vector Sum(const Pairs& pairs) const {
+  HWY_INLINE IntVector Sum(const Pairs& pairs) const {
     if constexpr (kWide) {
-      I32Vector sum = hn::ShiftRight<forms::kDigitBits>(low_.AddTo(bias_, pairs));
+      IntVector sum = hn::ShiftRight<forms::kDigitBits>(low_.AddTo(bias_, pairs));
       if constexpr (forms::IsBiasWide(kForm)) sum = hn::Add(sum, high_bias_);
       return high_.AddTo(sum, pairs);
     } else {
       return all_.AddTo(bias_, pairs);
     }
   }
-  HWY_INLINE I32Vector Whole(I32Vector sum) const {
+  HWY_INLINE IntVector Whole(IntVector sum) const {
     constexpr int kShift = kForm.shift - (kWide ? forms::kDigitBits : 0);
     if constexpr (kForm.toward_zero) {
-      const auto below_zero = hn::BitCast(hn::Repartition<uint32_t, U8>(), hn::ShiftRight<31>(sum));
+      const auto below_zero = hn::BitCast(U32(), hn::ShiftRight<31>(sum));
       sum = hn::Add(sum, hn::BitCast(I32(), hn::ShiftRight<32 - kShift>(below_zero)));
     }
     return hn::ShiftRight<kShift>(sum);
@@ -82,7 +80,7 @@ class FormVectors {
   static constexpr auto kLow = [](size_t i) { return kWide ? forms::LowDigit(kOf[i]) : 0; };
   static constexpr auto kHigh = [](size_t i) { return kWide ? forms::HighDigit(kOf[i]) : 0; };
   static constexpr auto kAll = [](size_t i) { return kWide ? 0 : kOf[i]; };
-  I32Vector bias_, high_bias_;
+  IntVector bias_, high_bias_;
   Products<kLow(0), kLow(1), kLow(2), kLow(3)> low_;
   Products<kHigh(0), kHigh(1), kHigh(2), kHigh(3)> high_;
   Products<kAll(0), kAll(1), kAll(2), kAll(3)> all_;
@@ -90,7 +88,7 @@ class FormVectors {
 
 // Real numbers with the operators of the formulas, each rounded by itself.
 struct Reals {
-  hn::Vec<F64> of;
+  DoubleVector of;
   friend HWY_INLINE Reals operator+(Reals a, Reals b) { return {hn::Add(a.of, b.of)}; }
   friend HWY_INLINE Reals operator-(Reals a, Reals b) { return {hn::Sub(a.of, b.of)}; }
   friend HWY_INLINE Reals operator+(Reals a, double b) { return {hn::Add(a.of, hn::Set(F64(), b))}; }
@@ -101,16 +99,16 @@ struct Reals {
 
 // Both words of the first pairs and the first ones of the second pairs.
 HWY_INLINE Three NumbersOf(const Pairs& pairs) {
-  const I32Vector first = hn::BitCast(I32(), pairs.first), second = hn::BitCast(I32(), pairs.second);
+  const IntVector first = hn::BitCast(I32(), pairs.first), second = hn::BitCast(I32(), pairs.second);
   return {hn::ShiftRight<16>(hn::ShiftLeft<16>(first)), hn::ShiftRight<16>(first),
           hn::ShiftRight<16>(hn::ShiftLeft<16>(second))};
 }
 
 // A formula of three whole numbers in reals, truncated.
 template <typename Formula>
-HWY_INLINE I32Vector InReals(const Three& of, Formula&& formula) {
-  const auto lower = [](I32Vector v) HWY_ATTR { return Reals{hn::PromoteTo(F64(), hn::LowerHalf(v))}; };
-  const auto upper = [](I32Vector v)
+HWY_INLINE IntVector InReals(const Three& of, Formula&& formula) {
+  const auto lower = [](IntVector v) HWY_ATTR { return Reals{hn::PromoteTo(F64(), hn::LowerHalf(v))}; };
+  const auto upper = [](IntVector v)
                          HWY_ATTR { return Reals{hn::PromoteTo(F64(), hn::UpperHalf(hn::Half<I32>(), v))}; };
   const hn::Half<I32> half;
   return hn::Combine(I32(), hn::DemoteTo(half, formula(upper(of.first), upper(of.middle), upper(of.last)).of),
@@ -126,13 +124,19 @@ HWY_INLINE I16Vector EveryPair(int64_t first, int64_t second) {
 // row is in doubt, by the formulas First, Middle and Last. Made before the loop of a row.
 template <typename Matrix>
 class MatrixVectors {
+  // One mask tells the doubt in all rows.
+  static constexpr bool SharesDoubt(const forms::Form& row) {
+    return !row.near_whole || (Matrix::kFirst.near_whole && row.shift == Matrix::kFirst.shift && forms::IsWide(row));
+  }
+  static_assert(SharesDoubt(Matrix::kFirst) && SharesDoubt(Matrix::kMiddle) && SharesDoubt(Matrix::kLast));
+
  public:
   HWY_INLINE MatrixVectors() : doubt_(Kept(Matrix::kFirst.near_whole ? forms::DoubtBits(Matrix::kFirst) : 0)) {}
   HWY_INLINE Three operator()(const Pairs& pairs) const {
-    const I32Vector first = first_.Sum(pairs), middle = middle_.Sum(pairs), last = last_.Sum(pairs);
+    const IntVector first = first_.Sum(pairs), middle = middle_.Sum(pairs), last = last_.Sum(pairs);
     Three whole = {first_.Whole(first), middle_.Whole(middle), last_.Whole(last)};
     if constexpr (Matrix::kFirst.near_whole) {
-      I32Vector least = hn::And(first, doubt_);
+      IntVector least = hn::And(first, doubt_);
       if constexpr (Matrix::kMiddle.near_whole) least = hn::Min(least, hn::And(middle, doubt_));
       if constexpr (Matrix::kLast.near_whole) least = hn::Min(least, hn::And(last, doubt_));
       if constexpr (requires { Matrix::kExactWhereFirstPairIsZero; }) {
@@ -168,28 +172,29 @@ class MatrixVectors {
   }
 
  private:
-  static HWY_INLINE bool AnyZero(I32Vector values) { return !hn::AllFalse(I32(), hn::Eq(values, hn::Zero(I32()))); }
+  static HWY_INLINE bool AnyZero(IntVector values) { return !hn::AllFalse(I32(), hn::Eq(values, hn::Zero(I32()))); }
   // Toward zero, either side of it gives zero.
   template <const forms::Form& kForm>
-  HWY_INLINE bool IsInDoubt(I32Vector sum) const {
-    const I32Vector bits = hn::And(sum, doubt_);
+  HWY_INLINE bool IsInDoubt(IntVector sum) const {
+    const IntVector bits = hn::And(sum, doubt_);
     if constexpr (!kForm.toward_zero) return AnyZero(bits);
     return AnyZero(hn::Or(bits, hn::VecFromMask(I32(), hn::Eq(hn::ShiftRight<1>(sum), hn::Zero(I32())))));
   }
   FormVectors<Matrix::kFirst> first_;
   FormVectors<Matrix::kMiddle> middle_;
   FormVectors<Matrix::kLast> last_;
-  I32Vector doubt_;
+  IntVector doubt_;
 };
 
 // A row of pixels of three bytes on both sides, one of them RGB: the clamped rows of a matrix.
 template <auto kPixel, typename Matrix, bool kFromRgb>
 HWY_INLINE Status MatrixRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
   return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
-    constexpr bool kSwapped = decltype(swapped)::value;
+    constexpr bool kSwapsInput = kFromRgb && decltype(swapped)::value;
+    constexpr bool kSwapsOutput = !kFromRgb && decltype(swapped)::value;
     const MatrixVectors<Matrix> matrix;
     return BlockRow<kPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
-      StoreWordsInOrder<!kFromRgb && kSwapped>(matrix.OfBlock(PixelPairs < kFromRgb && kSwapped > (from)), to);
+      StoreWordsInOrder<kSwapsOutput>(matrix.OfBlock(PixelPairs<kSwapsInput>(from)), to);
     });
   });
 }

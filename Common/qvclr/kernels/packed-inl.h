@@ -132,17 +132,6 @@ HWY_INLINE void StoreGroups(I16Vector lower, I16Vector upper, uint8_t* dst) {
   }
 }
 #else
-// Pieces of 16 bytes, each `step` after the one before.
-template <typename D>
-HWY_INLINE hn::Vec<D> LoadPieces(D d, const uint8_t* src, size_t step) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    return hn::LoadU(d, src);
-  } else {
-    const hn::Half<D> half;
-    return hn::Combine(d, LoadPieces(half, src + hn::MaxLanes(half) / 16 * step, step), LoadPieces(half, src, step));
-  }
-}
-
 template <const Layout& kLayout>
 struct PackedPairs : PlanePairs {
   explicit HWY_INLINE PackedPairs(const uint8_t* src) : PlanePairs(PlanesAt(src)) {}
@@ -179,10 +168,10 @@ HWY_INLINE void StoreGroups(I16Vector lower, I16Vector upper, uint8_t* dst) {
 template <const Layout& kLayout>
 HWY_INLINE I16Vector WithChroma(I16Vector y, I16Vector u, I16Vector v) {
   const I32 d;
-  const I32Vector luma = hn::BitCast(d, y), second_byte = hn::Set(d, 0xFF00);
+  const IntVector luma = hn::BitCast(d, y), second_byte = hn::Set(d, 0xFF00);
   if constexpr (kLayout.sharing == 2) {
-    const I32Vector of_u = SumsOfTwo<128>(u), of_v = SumsOfTwo<128>(v);
-    const I32Vector with_u = hn::OrAnd(luma, of_u, second_byte);
+    const IntVector of_u = SumsOfTwo<128>(u), of_v = SumsOfTwo<128>(v);
+    const IntVector with_u = hn::OrAnd(luma, of_u, second_byte);
     return hn::BitCast(I16(), hn::OrAnd(with_u, hn::ShiftLeft<16>(of_v), hn::ShiftLeft<16>(second_byte)));
   } else {
     return hn::BitCast(I16(), hn::OrAnd(luma, hn::ShiftLeft<6>(SumsOfFour(u, v)), second_byte));

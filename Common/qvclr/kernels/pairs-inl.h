@@ -95,10 +95,7 @@ struct PixelsOfWords {
 HWY_BEFORE_NAMESPACE();
 namespace qv::HWY_NAMESPACE {
 
-using I16 = hn::Repartition<int16_t, U8>;
-using I32 = hn::Repartition<int32_t, U8>;
 using I16Vector = hn::Vec<I16>;
-using I32Vector = hn::Vec<I32>;
 
 // A channel of a block, in the order in which narrowing its quarters leaves it.
 struct WordPlane {
@@ -113,8 +110,10 @@ struct Pairs {
   I16Vector first, second;
 };
 struct Three {
-  I32Vector first, middle, last;
+  IntVector first, middle, last;
 };
+
+HWY_INLINE ByteVector ClampedBytes(const WordPlane& words) { return PackedBytes(words.lower, words.upper); }
 
 #if QV_HAS_BYTE_PERMUTES
 constexpr __mmask64 kLowBytes = 0x5555555555555555;
@@ -132,9 +131,8 @@ HWY_INLINE I16Vector PairsOf(ByteVector both) {
 // Pixels of three bytes, clamped to 0..255.
 HWY_INLINE void StoreWords(const WordPlanes& words, uint8_t* dst) {
   using Orders = blocks::PixelsOfWords;
-  const __m512i lower = _mm512_packus_epi16(words.first.lower.raw, words.middle.lower.raw),
-                upper = _mm512_packus_epi16(words.first.upper.raw, words.middle.upper.raw),
-                third = _mm512_packus_epi16(words.last.lower.raw, words.last.upper.raw);
+  const __m512i lower = PackedBytes(words.first.lower, words.middle.lower).raw,
+                upper = PackedBytes(words.first.upper, words.middle.upper).raw, third = ClampedBytes(words.last).raw;
   const __m512i middle = _mm512_permutex2var_epi8(lower, OrderOf(Orders::kMiddle), third);
   _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(lower, OrderOf(Orders::kLow), third));
   _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(middle, OrderOf(Orders::kUpperIntoMiddle), upper));
@@ -153,19 +151,9 @@ template <size_t kQuarter>
 HWY_INLINE I16Vector PairsOf(ByteVector both) {
   return PairsOf<kQuarter>(both, both);
 }
-HWY_INLINE ByteVector ClampedBytes(const WordPlane& words) {
-#if HWY_TARGET <= HWY_AVX3
-  return ByteVector{_mm512_packus_epi16(words.lower.raw, words.upper.raw)};
-#elif HWY_TARGET <= HWY_AVX2
-  return ByteVector{_mm256_packus_epi16(words.lower.raw, words.upper.raw)};
-#else
-  return ByteVector{_mm_packus_epi16(words.lower.raw, words.upper.raw)};
-#endif
-}
 HWY_INLINE void StoreWords(const WordPlanes& words, uint8_t* dst) {
   StorePlanes({ClampedBytes(words.first), ClampedBytes(words.middle), ClampedBytes(words.last)}, dst);
 }
-
 #endif
 
 // The pixels of three planes, each the pairs (first, middle) and (last, last).
@@ -207,7 +195,7 @@ struct PixelPairs : PlanePairs {
 };
 #endif
 
-HWY_INLINE I16Vector Narrow(I32Vector a, I32Vector b) { return hn::ReorderDemote2To(I16(), a, b); }
+HWY_INLINE I16Vector Narrow(IntVector a, IntVector b) { return hn::ReorderDemote2To(I16(), a, b); }
 
 template <bool kSwapped>
 HWY_INLINE void StoreWordsInOrder(WordPlanes words, uint8_t* dst) {
@@ -219,6 +207,7 @@ HWY_INLINE WordPlane LowBytes(const WordPlane& words) {
   const I16Vector low = hn::Set(I16(), 0xFF);
   return {hn::And(words.lower, low), hn::And(words.upper, low)};
 }
+
 // The result of row(swapped), compiled for either order of the RGB side.
 template <typename Row>
 HWY_INLINE Status InRgbOrder(const RowArgs& args, Row&& row) {

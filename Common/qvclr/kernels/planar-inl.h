@@ -60,8 +60,8 @@ HWY_INLINE ByteVector SpreadByFour(const uint8_t* src) {
 
 HWY_INLINE void StoreBytes(const WordPlane& words, uint8_t* dst) {
 #if QV_HAS_BYTE_PERMUTES
-  const __m512i bytes = _mm512_packus_epi16(words.lower.raw, words.upper.raw);
-  _mm512_storeu_si512(dst, _mm512_permutexvar_epi8(OrderOf(blocks::PlanarOrders::kLuma), bytes));
+  const ByteVector bytes = ClampedBytes(words);
+  _mm512_storeu_si512(dst, _mm512_permutexvar_epi8(OrderOf(blocks::PlanarOrders::kLuma), bytes.raw));
 #else
   hn::StoreU(ClampedBytes(words), U8(), dst);
 #endif
@@ -95,10 +95,10 @@ class ChromaOfBlock {
 
  private:
   // Rounded down, of at most five bytes' sum.
-  static HWY_INLINE I32Vector Fifth(I32Vector sums) {
+  static HWY_INLINE IntVector Fifth(IntVector sums) {
     return hn::BitCast(I32(), hn::MulHigh(hn::BitCast(I16(), sums), hn::Set(I16(), int16_t{13108})));
   }
-  I32Vector lower_, upper_;
+  IntVector lower_, upper_;
 };
 
 }  // namespace qv::HWY_NAMESPACE

@@ -12,24 +12,20 @@ namespace qv::reverse {
 // Where byte `at` of reversed pixels comes from.
 constexpr size_t SourceOf(size_t at) { return at / 3 * 3 + 2 - at % 3; }
 
-// For a block of three vectors of kBytes: what vector `part` of the result takes from vector `input`; 0x80 where it
+// For a block of three vectors of 16 bytes: what vector `part` of the result takes from vector `input`; 0x80 where it
 // takes nothing.
-template <size_t kBytes>
-struct Orders {
-  using Order = std::array<uint8_t, kBytes>;
-  static constexpr auto kTaken = [] {
-    std::array<std::array<Order, 3>, 3> orders{};
-    for (size_t part = 0; part < 3; ++part) {
-      for (size_t input = 0; input < 3; ++input) {
-        for (size_t i = 0; i < kBytes; ++i) {
-          const size_t from = SourceOf(part * kBytes + i);
-          orders[part][input][i] = static_cast<uint8_t>(from / kBytes == input ? from % kBytes : 0x80);
-        }
+inline constexpr auto kTaken = [] {
+  std::array<std::array<std::array<uint8_t, 16>, 3>, 3> orders{};
+  for (size_t part = 0; part < 3; ++part) {
+    for (size_t input = 0; input < 3; ++input) {
+      for (size_t i = 0; i < 16; ++i) {
+        const size_t from = SourceOf(16 * part + i);
+        orders[part][input][i] = static_cast<uint8_t>(from / 16 == input ? from % 16 : 0x80);
       }
     }
-    return orders;
-  }();
-};
+  }
+  return orders;
+}();
 
 // A permutation of two vectors of 64 bytes, the second one from 64 on: the bytes that `part` takes from `first` and
 // `second`. Where it takes none, it keeps the byte of the vector before the first.
@@ -83,13 +79,13 @@ constexpr size_t kReverseBlock = 16;
 
 template <bool kComplement>
 HWY_INLINE void ReversePixels(const uint8_t* src, uint8_t* dst) {
-  constexpr const auto& kTaken = reverse::Orders<16>::kTaken;
   const hn::FixedTag<uint8_t, 16> d;
   const auto flip = hn::Set(d, kComplement ? uint8_t{255} : uint8_t{0});
   const auto first = hn::Xor(hn::LoadU(d, src), flip), middle = hn::Xor(hn::LoadU(d, src + 16), flip),
              last = hn::Xor(hn::LoadU(d, src + 32), flip);
-  const auto take = [&](auto vector, size_t part, size_t input)
-                        HWY_ATTR { return hn::TableLookupBytesOr0(vector, hn::LoadU(d, kTaken[part][input].data())); };
+  const auto take = [&](auto vector, size_t part, size_t input) HWY_ATTR {
+    return hn::TableLookupBytesOr0(vector, hn::LoadU(d, reverse::kTaken[part][input].data()));
+  };
   hn::StoreU(hn::Or(take(first, 0, 0), take(middle, 0, 1)), d, dst);
   hn::StoreU(hn::Or(hn::Or(take(first, 1, 0), take(middle, 1, 1)), take(last, 1, 2)), d, dst + 16);
   hn::StoreU(hn::Or(take(middle, 2, 1), take(last, 2, 2)), d, dst + 32);

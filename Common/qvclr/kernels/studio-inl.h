@@ -19,14 +19,14 @@ using RgbFromStudioVectors = MatrixVectors<RgbOfStudio>;  // of the pairs (Y, U)
 
 // Sums over two pixels, times a factor.
 template <int kFactor>
-HWY_INLINE I32Vector SumsOfTwo(I16Vector words) {
+HWY_INLINE IntVector SumsOfTwo(I16Vector words) {
   const I32 d;
   return AddProducts(hn::Zero(d), words, hn::Set(d, forms::PairOfWeights(kFactor, kFactor)));
 }
 
 // Sums over four pixels: of U in the first one's pair, of V in the second's.
-HWY_INLINE I32Vector SumsOfFour(I16Vector u, I16Vector v) {
-  const I32Vector of_u = SumsOfTwo<1>(u), of_v = SumsOfTwo<1>(v);
+HWY_INLINE IntVector SumsOfFour(I16Vector u, I16Vector v) {
+  const IntVector of_u = SumsOfTwo<1>(u), of_v = SumsOfTwo<1>(v);
   return hn::Add(hn::OddEven(of_v, of_u), hn::Shuffle2301(hn::OddEven(of_u, of_v)));
 }
 

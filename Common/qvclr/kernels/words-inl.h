@@ -40,14 +40,6 @@ namespace qv::HWY_NAMESPACE {
 
 #if QV_HAS_VECTORS
 
-using U16 = hn::Repartition<uint16_t, U8>;
-using I16 = hn::Repartition<int16_t, U8>;
-using I32 = hn::Repartition<int32_t, U8>;
-using F32 = hn::Repartition<float, U8>;
-using WordVector = hn::Vec<U16>;
-using IntVector = hn::Vec<I32>;
-using FloatVector = hn::Vec<F32>;
-
 struct Words {
   WordVector lower, upper;
 };
@@ -65,15 +57,7 @@ HWY_INLINE Words ForWords(Function&& function, const Words& first, const More&..
 }
 
 // Words up to 32767, those above 255 as 255.
-HWY_INLINE ByteVector BytesOf(const Words& words) {
-#if HWY_TARGET <= HWY_AVX3
-  return ByteVector{_mm512_packus_epi16(words.lower.raw, words.upper.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return ByteVector{_mm256_packus_epi16(words.lower.raw, words.upper.raw)};
-#else
-  return ByteVector{_mm_packus_epi16(words.lower.raw, words.upper.raw)};
-#endif
-}
+HWY_INLINE ByteVector BytesOf(const Words& words) { return PackedBytes(words.lower, words.upper); }
 HWY_INLINE ByteVector LowBytesOf(const Words& words) {
   const auto low = hn::Set(U16(), uint16_t{255});
   return BytesOf({hn::And(words.lower, low), hn::And(words.upper, low)});

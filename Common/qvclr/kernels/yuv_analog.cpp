@@ -129,12 +129,11 @@ Status YUVToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
   if (args.record) return ScalarRow<YUVToRGBPixel, 3, 3>(src, dst, width, args);
   return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
     constexpr bool kSwapped = decltype(swapped)::value;
-    const hn::Repartition<uint16_t, U8> d;
     const MatrixVectors<RgbOfYuv> matrix;
     const I16Vector factors = EveryPair(5141, 57312), only_v = EveryPair(-1, 0), offsets = EveryPair(138, 112);
     return BlockRow<YUVToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
       const auto unscaled = [&](const Pairs& vuy) HWY_ATTR {
-        const auto product = hn::MulHigh(hn::BitCast(d, vuy.first), hn::BitCast(d, factors));
+        const auto product = hn::MulHigh(hn::BitCast(U16(), vuy.first), hn::BitCast(U16(), factors));
         const I16Vector spans = hn::Add(hn::BitCast(I16(), product), hn::And(vuy.first, only_v));
         return Pairs{hn::Sub(spans, offsets), vuy.second};
       };

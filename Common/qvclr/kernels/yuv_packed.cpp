@@ -6,8 +6,9 @@
 
 #include "qvclr/kernels/packed-inl.h"
 
-HWY_BEFORE_NAMESPACE();
-namespace qv::HWY_NAMESPACE {
+#ifndef QV_YUV_PACKED_ONCE
+#define QV_YUV_PACKED_ONCE
+namespace qv {
 namespace {
 
 template <const Layout& kLayout>
@@ -42,6 +43,14 @@ Status RgbToPackedGroups(const uint8_t* src, uint8_t* dst, size_t width, const R
   }
   return kSuccess;
 }
+
+}  // namespace
+}  // namespace qv
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
+namespace {
 
 // By blocks, then what is left of the row group by group.
 template <const Layout& kLayout>

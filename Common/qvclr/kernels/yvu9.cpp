@@ -6,8 +6,9 @@
 
 #include "qvclr/kernels/planar-inl.h"
 
-HWY_BEFORE_NAMESPACE();
-namespace qv::HWY_NAMESPACE {
+#ifndef QV_YVU9_ONCE
+#define QV_YVU9_ONCE
+namespace qv {
 namespace {
 
 // The samples of the band at args.row, found from its first row in the Y plane.
@@ -51,6 +52,14 @@ Status RGBToYVU9Columns(const uint8_t* src, const BandRows<uint8_t>& band, size_
   }
   return kSuccess;
 }
+
+}  // namespace
+}  // namespace qv
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace qv::HWY_NAMESPACE {
+namespace {
 
 Status YVU9ToRGBBand(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
   const BandRows<const uint8_t> band(src, width, args);
