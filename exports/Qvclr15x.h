@@ -260,9 +260,9 @@ Q_EXPORTED int32_t Q_ClrFree(ColorConverter* hConverter);
 /* 1 for a live converter, else -261. */
 Q_EXPORTED int32_t Q_ClrIsValid(const ColorConverter* hConverter);
 
-/* Names the module whose resources (profiles, tables) are read from now on: a module handle on Windows, a dlopen handle
- * elsewhere (null: the running program's own, elsewhere whatever is loaded globally). Not checked here: a module
- * without the resources shows when a converter is made. The library itself is the module until this is called. */
+/* Names the module whose resources (profiles, tables, dialogs) are read from now on: a module handle on Windows, a
+ * dlopen handle elsewhere (null: the running program's own, elsewhere whatever is loaded globally). Not checked here:
+ * what the module lacks shows when it is needed. The library itself is the module until this is called. */
 Q_EXPORTED void SetResModule(void* hModule);
 
 #ifdef _WIN32
@@ -284,11 +284,11 @@ Q_EXPORTED void SetResModule(void* hModule);
  * Checks, in this order: a null argument other than hWndParent and phConverter, or an hWndParent that is no window:
  * -13; phConverter, a space or the record not writable: -60; the size field of a ConversionParams: -789; the pair:
  * -785; pWhitePoint or the sub-record of the pair not writable: -60, the latter's size field: -789. A template that the
- * resource module lacks: the system's error number.
+ * resource module lacks, or a window that cannot be made: the system's error number.
  *
  * hWndParent is the HWND of the owner, or null. Q_ClrDlgA: a name that has no narrow form, or none of up to 259 bytes,
- * is not accepted from the user; a name that could not be converted to wide is shown empty, and kept unless another
- * takes its place. */
+ * is not accepted from the user; a name that could not be converted to wide is shown empty, and kept unless the
+ * method uses it. */
 Q_EXPORTED int32_t Q_ClrDlg(void* hWndParent, ColorConverter** phConverter, uint32_t* pnSrcSpace, uint32_t* pnDstSpace,
                             ConversionParams* pParams);
 Q_EXPORTED int32_t Q_ClrDlgA(void* hWndParent, ColorConverter** phConverter, uint32_t* pnSrcSpace, uint32_t* pnDstSpace,

@@ -12,7 +12,7 @@ import re
 import subprocess
 import sys
 
-WINDOWS_OWN = {"kernel32.dll", "msvcrt.dll", "user32.dll", "comdlg32.dll", "gdi32.dll"}
+WINDOWS_OWN = {"kernel32.dll", "msvcrt.dll", "user32.dll"}
 PREFIX = "x86_64-w64-mingw32-"
 
 

@@ -12,9 +12,9 @@ namespace qv {
 // the text does not fit or is malformed; `wide` is then all zero. Text that fills `wide` has no terminator.
 bool WideFromNarrow(std::span<const char> narrow, std::span<QWChar> wide);
 
-// Converts a zero-terminated text; the rest of `narrow` becomes zero. False, and all zero, when the text does not fit
-// with its terminator or would not come back the same.
-bool NarrowFromWide(const QWChar* wide, std::span<char> narrow);
+// Converts a zero-terminated text; the rest of `narrow`, as long as the names of records, becomes zero. False, and all
+// zero, when the text does not fit with its terminator or would not come back the same.
+bool NarrowFromWide(const QWChar* wide, std::span<char, 260> narrow);
 
 // Calls `call` with a file name in wide characters, null for null; ERR_FAILURE when it cannot be converted.
 template <typename Call>

@@ -48,7 +48,7 @@ bool WideFromNarrow(std::span<const char> narrow, std::span<QWChar> wide) {
   return true;
 }
 
-bool NarrowFromWide(const QWChar* wide, std::span<char> narrow) {
+bool NarrowFromWide(const QWChar* wide, std::span<char, 260> narrow) {
   std::ranges::fill(narrow, '\0');
   if (Utf8FromWide(wide, narrow)) return true;
   std::ranges::fill(narrow, '\0');

@@ -1,9 +1,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
-#include "base/memory.h"
 #include "base/text.h"
 
 namespace qv {
@@ -19,16 +19,14 @@ bool WideFromNarrow(std::span<const char> narrow, std::span<QWChar> wide) {
   return false;
 }
 
-bool NarrowFromWide(const QWChar* wide, std::span<char> narrow) {
+bool NarrowFromWide(const QWChar* wide, std::span<char, 260> narrow) {
   std::ranges::fill(narrow, '\0');
   const int room = static_cast<int>(narrow.size());
   if (WideCharToMultiByte(CP_ACP, 0, wide, -1, narrow.data(), room, nullptr, nullptr) > 0) {
     // The system puts similar characters for those that the code page lacks; which ones, only the way back tells.
-    const int units = MultiByteToWideChar(CP_ACP, 0, narrow.data(), -1, nullptr, 0);
-    if (auto back = NewArray<QWChar>(static_cast<size_t>(units))) {
-      MultiByteToWideChar(CP_ACP, 0, narrow.data(), -1, back.get(), units);
-      if (std::wstring_view(back.get()) == wide) return true;
-    }
+    QWChar back[260];
+    const int units = MultiByteToWideChar(CP_ACP, 0, narrow.data(), -1, back, static_cast<int>(std::size(back)));
+    if (units > 0 && std::wstring_view(back) == wide) return true;
   }
   std::ranges::fill(narrow, '\0');
   return false;

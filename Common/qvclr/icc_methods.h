@@ -6,7 +6,7 @@
 namespace qv {
 
 // Each replaces the transform that the converter holds; after a failure it holds none. kUnsupportedColorSpace for a
-// pair that the engine does not convert, before anything else is looked at; else as IccTransform::Make.
+// pair that the engine does not convert, before anything else is looked at; else as WhiteOf and IccTransform::Make.
 //
 // From the built-in profiles of both sides. A missing one: the system's error number.
 Status MakeBuiltInIcc(ColorConverter* converter);

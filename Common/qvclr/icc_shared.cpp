@@ -37,7 +37,9 @@ struct SharedTransforms::Entry {
 void SharedTransforms::Trim(size_t kept) {
   for (Entry** link = &newest_; *link;) {
     Entry* entry = *link;
-    if (entry->transform->Holders() > 1 || kept-- > 0) {
+    const bool held = entry->transform->Holders() > 1;
+    if (held || kept > 0) {
+      if (!held) --kept;
       link = &entry->next;
       continue;
     }

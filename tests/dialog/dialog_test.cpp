@@ -246,6 +246,11 @@ TEST(Dialog, IsReadFromTheResourceModule) {
   };
   EXPECT_EQ(WithUser([&] { return SetMethod(caller, METHOD_FORMULA), caller.Show(); }, work), SUCCESS);
   EXPECT_EQ(caller.cmyk.nBlackParam, 12);
+  Caller bare(CS_CMYK, CS_BGR);
+  SetMethod(bare, METHOD_TABLE);
+  const Caller before = bare;
+  EXPECT_EQ(WithKeys([&] { return bare.Show(); }, L"\n"), SUCCESS);
+  EXPECT_TRUE(bare == before) << "what the translation has no control for";
   SetResModule(own);
   const auto lose_profiles = [&](const User& user) {
     SetResModule(satellite);

@@ -24,9 +24,9 @@ Draft DraftOf(uint32_t src, uint32_t dst, uint32_t method) {
   return draft;
 }
 
-TEST(DialogForm, GivesBackEveryNumberWithEitherDecimalMark) {
+TEST(DialogForm, GivesBackEveryNumberWithAnyDecimalMark) {
   constexpr double kNumbers[] = {0, -0.0, 1.0 / 3, 0.3127, 1e22, -1e-300, std::numeric_limits<double>::max()};
-  for (const QWChar mark : {QWChar{'.'}, QWChar{','}}) {
+  for (const QWChar mark : {QWChar{'.'}, QWChar{','}, QWChar{'/'}}) {
     for (const double number : kNumbers) {
       Draft draft = DraftOf(CS_RGB, CS_CMYK, METHOD_ICC);
       draft.white_point = {0, number, -number};

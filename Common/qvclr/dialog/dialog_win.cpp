@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <span>
 
 #include "base/last_error.h"
@@ -42,16 +43,21 @@ FieldText String(int number) {
   return text;
 }
 
+// What a translation has no control for stays as it was given.
 Form ReadForm(HWND dialog) {
-  Form form{};
+  Form form = FormOf(*SessionOf(dialog).draft, L'.');
   for (int method = QV_METHOD_FIRST; method <= QV_METHOD_LAST; ++method) {
     if (IsDlgButtonChecked(dialog, method)) form.method = 1u << (method - QV_METHOD_FIRST);
   }
-  const LRESULT white = SendDlgItemMessageW(dialog, QV_WHITE, CB_GETCURSEL, 0, 0);
-  form.white_point = kWhitePoints[white > 0 ? static_cast<size_t>(white) : 0];
-  form.blue_first = IsDlgButtonChecked(dialog, QV_ORDER_BGR) != 0;
+  if (GetDlgItem(dialog, QV_WHITE)) {
+    const LRESULT white = SendDlgItemMessageW(dialog, QV_WHITE, CB_GETCURSEL, 0, 0);
+    form.white_point = kWhitePoints[white > 0 ? static_cast<size_t>(white) : 0];
+  }
+  if (GetDlgItem(dialog, QV_ORDER_BGR)) form.blue_first = IsDlgButtonChecked(dialog, QV_ORDER_BGR) != 0;
   for (int edit = QV_EDIT_FIRST; edit <= QV_EDIT_LAST; ++edit) {
+    if (!GetDlgItem(dialog, edit)) continue;
     FieldText& text = form.Text(edit);
+    text = {};
     GetDlgItemTextW(dialog, edit, text.data(), static_cast<int>(text.size()));
   }
   return form;
@@ -90,6 +96,7 @@ void FocusOn(HWND dialog, int control) {
 void Tell(HWND dialog, const Fault& fault) {
   const auto covers = [&](const Note& note) { return note.first <= fault.control && fault.control <= note.last; };
   const Note* const note = std::ranges::find_if(kNotes, covers);
+  assert(note != std::end(kNotes));
   MessageBeep(MB_ICONWARNING);
   FocusOn(dialog, fault.control);  // first: a method that gets the focus is chosen anew, and the notes are cleared
   SetDlgItemTextW(dialog, note->control, String(fault.text).data());
@@ -106,7 +113,7 @@ void ShowDraft(HWND dialog) {
   CheckRadioButton(dialog, QV_ORDER_RGB, QV_ORDER_BGR, form.blue_first ? QV_ORDER_BGR : QV_ORDER_RGB);
   for (size_t i = 0; i < kWhitePoints.size(); ++i) {
     const FieldText name = String(QV_TEXT_WHITE_FIRST + static_cast<int>(i));
-    SendDlgItemMessageW(dialog, QV_WHITE, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name.data()));
+    SendDlgItemMessageW(dialog, QV_WHITE, CB_INSERTSTRING, i, reinterpret_cast<LPARAM>(name.data()));
     if (kWhitePoints[i] == form.white_point) SendDlgItemMessageW(dialog, QV_WHITE, CB_SETCURSEL, i, 0);
   }
   for (int edit = QV_EDIT_FIRST; edit <= QV_EDIT_LAST; ++edit) {
@@ -186,7 +193,7 @@ Status RunDialog(void* owner, Draft* draft, ColorConverter** made) {
       DialogBoxIndirectParamW(static_cast<HINSTANCE>(module), reinterpret_cast<LPCDLGTEMPLATEW>(bytes.data()),
                               static_cast<HWND>(owner), DialogProcedure, reinterpret_cast<LPARAM>(&session));
   if (end == -1) return LastErrorStatus();
-  if (end != IDOK) return kNothingDone;  // also when the window went with its owner
+  if (!session.made) return kNothingDone;  // also when the window went with its owner
   *made = session.made;
   return kSuccess;
 }

@@ -47,8 +47,9 @@ FieldText TextOf(Number number, QWChar decimal_mark) {
   std::array<char, 64> digits{};
   std::to_chars(digits.data(), digits.data() + digits.size() - 1, number);
   FieldText text{};
-  std::ranges::transform(std::string_view(digits.data()), text.begin(),
-                         [&](char digit) { return digit == '.' ? decimal_mark : static_cast<QWChar>(digit); });
+  std::ranges::transform(std::string_view(digits.data()), text.begin(), [&](char digit) {
+    return static_cast<QWChar>(digit == '.' && decimal_mark == ',' ? ',' : digit);
+  });
   return text;
 }
 

@@ -41,7 +41,8 @@ struct Fault {
   int control = 0, text = 0;
 };
 
-// A method that the pair lacks is shown as the formulas, which then convert; numbers with the user's decimal mark.
+// A method that the pair lacks is shown as the formulas, which then convert; numbers with the user's decimal mark where
+// that is a comma, else with a point: these two are read.
 Form FormOf(const Draft& draft, QWChar decimal_mark);
 
 // Whether the pair, the method and what the caller gave leave the control something to set.
