@@ -6,6 +6,7 @@
 #include <atomic>
 #include <mutex>
 
+#include "qvclr/icc_engine.h"
 #include "qvclr/icc_grid.h"
 
 namespace qv {
@@ -183,7 +184,8 @@ void PrepareCapture(cmsContext context) {
     watch.engines_own[inputs - 3].store(ParamsOf(stage)->Interpolation.Lerp16, std::memory_order_relaxed);
     cmsStageFree(stage);
   }
-  cmsPluginInterpolation plugin{{cmsPluginMagicNumber, 2000, cmsPluginInterpolationSig, nullptr}, FindInterpolator};
+  cmsPluginInterpolation plugin{{cmsPluginMagicNumber, kVersionOfPlugins, cmsPluginInterpolationSig, nullptr},
+                                FindInterpolator};
   cmsPluginTHR(context, &plugin);
 }
 

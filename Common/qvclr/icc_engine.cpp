@@ -67,7 +67,6 @@ struct Engine::Handlers {
 };
 
 Engine* Engine::Open() {
-  constexpr cmsUInt32Number kVersionOfPlugins = 2000;
   auto engine = New<Engine>();
   if (!engine) return nullptr;
   cmsPluginMutex mutexes{{cmsPluginMagicNumber, kVersionOfPlugins, cmsPluginMutexSig, nullptr},

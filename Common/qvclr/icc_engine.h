@@ -14,6 +14,9 @@
 
 namespace qv {
 
+// Of the engine's plug-in interface: what every plug-in names.
+inline constexpr cmsUInt32Number kVersionOfPlugins = 2000;
+
 // A damaged profile may ask for anything; the engine's own memory handler stops at the same size.
 inline constexpr size_t kLargestEngineBlock = size_t{512} << 20;
 

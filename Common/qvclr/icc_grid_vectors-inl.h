@@ -24,9 +24,6 @@ HWY_BEFORE_NAMESPACE();
 namespace qv::HWY_NAMESPACE {
 #if QV_HAS_VECTORS
 
-using U16 = hn::Repartition<uint16_t, U8>;
-using WordVector = hn::Vec<U16>;
-
 // Nodes and rests along one input.
 struct Along {
   WordVector even_node, odd_node;

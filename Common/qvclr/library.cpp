@@ -65,6 +65,14 @@ Status CheckLive(const ColorConverter* converter) {
   return live ? kSuccess : kInvalidConverter;
 }
 
+void DiscardConverter(ColorConverter* live) {
+  const SectionGuard guard(library.section);
+  ConverterList::Node* node = library.live.Find(live);
+  library.live.Unlink(node);
+  ConverterReleaser()(live);
+  Release(node);
+}
+
 Status FreeConverter(ColorConverter* converter) {
   const SectionGuard guard(library.section);
   if (const Status status = CheckLive(converter); !Ok(status)) return status;

@@ -38,5 +38,7 @@ struct NamedSpaces {
 void AddConverter(ConverterOwner converter, Owned<ConverterList::Node> node);
 Status CheckLive(const ColorConverter* converter);
 Status FreeConverter(ColorConverter* converter);
+// As if it had never been made, whatever its method mask.
+void DiscardConverter(ColorConverter* live);
 
 }  // namespace qv

@@ -8,6 +8,7 @@
 #include "base/readable.h"
 #include "base/text.h"
 #include "qvclr/dialog/dialog.h"
+#include "qvclr/library.h"
 #include "qvclr/params.h"
 
 using namespace qv;
@@ -110,8 +111,7 @@ int32_t SetUp(void* owner, ColorConverter** converter, uint32_t* src_space, uint
     StoreRecord(draft, record);
     Store(draft.src_space, src_space);
     Store(draft.dst_space, dst_space);
-    if (!converter) return static_cast<Status>(Q_ClrFree(made));
-    Store(made, converter);
+    converter ? Store(made, converter) : DiscardConverter(made);
     return kSuccess;
   });
 }
