@@ -133,52 +133,67 @@ class MatrixVectors {
  public:
   HWY_INLINE MatrixVectors() : doubt_(Kept(Matrix::kFirst.near_whole ? forms::DoubtBits(Matrix::kFirst) : 0)) {}
   HWY_INLINE Three operator()(const Pairs& pairs) const {
+    return Rows<false>(pairs, [&]() HWY_ATTR { return NumbersOf(pairs); });
+  }
+  // numbers() gives what the formulas take. The rows may leave out the last of these, where it is to be added to them.
+  template <bool kWithoutLast, typename Numbers>
+  HWY_INLINE Three Rows(const Pairs& pairs, Numbers&& numbers) const {
     const IntVector first = first_.Sum(pairs), middle = middle_.Sum(pairs), last = last_.Sum(pairs);
     Three whole = {first_.Whole(first), middle_.Whole(middle), last_.Whole(last)};
     if constexpr (Matrix::kFirst.near_whole) {
-      IntVector least = hn::And(first, doubt_);
-      if constexpr (Matrix::kMiddle.near_whole) least = hn::Min(least, hn::And(middle, doubt_));
-      if constexpr (Matrix::kLast.near_whole) least = hn::Min(least, hn::And(last, doubt_));
-      if constexpr (requires { Matrix::kExactWhereFirstPairIsZero; }) {
-        least = hn::Or(least, hn::VecFromMask(I32(), hn::Eq(hn::BitCast(I32(), pairs.first), hn::Zero(I32()))));
-      }
-      if (HWY_UNLIKELY(AnyZero(least))) {
-        const Three of = NumbersOf(pairs);
+      Mask in_doubt = IsWhole(first);
+      if constexpr (Matrix::kMiddle.near_whole) in_doubt = hn::Or(in_doubt, IsWhole(middle));
+      if constexpr (Matrix::kLast.near_whole) in_doubt = hn::Or(in_doubt, IsWhole(last));
+      if (HWY_UNLIKELY(!hn::AllFalse(I32(), in_doubt)) && !IsExact(pairs, in_doubt)) {
+        const Three of = numbers();
+        const auto settle = [&](IntVector& row, auto formula) HWY_ATTR {
+          row = InReals(of, formula);
+          if constexpr (kWithoutLast) row = hn::Sub(row, of.last);
+        };
         if (IsInDoubt<Matrix::kFirst>(first)) {
-          whole.first = InReals(of, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::First(x, y, z); });
+          settle(whole.first, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::First(x, y, z); });
         }
         if constexpr (Matrix::kMiddle.near_whole) {
           if (IsInDoubt<Matrix::kMiddle>(middle)) {
-            whole.middle = InReals(of, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::Middle(x, y, z); });
+            settle(whole.middle, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::Middle(x, y, z); });
           }
         }
         if constexpr (Matrix::kLast.near_whole) {
           if (IsInDoubt<Matrix::kLast>(last)) {
-            whole.last = InReals(of, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::Last(x, y, z); });
+            settle(whole.last, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::Last(x, y, z); });
           }
         }
       }
     }
     return whole;
   }
-  // change(pairs) makes what the matrix is for of what the block has.
-  template <typename PairsOfBlock, typename Change>
-  HWY_INLINE WordPlanes OfBlock(const PairsOfBlock& block, Change&& change) const {
-    return ByQuarters([&](auto quarter) HWY_ATTR { return (*this)(change(block.At(quarter))); });
-  }
   template <typename PairsOfBlock>
   HWY_INLINE WordPlanes OfBlock(const PairsOfBlock& block) const {
-    return OfBlock(block, [](const Pairs& pairs) HWY_ATTR { return pairs; });
+    return ByQuarters([&](auto quarter) HWY_ATTR { return (*this)(block.At(quarter)); });
   }
 
  private:
-  static HWY_INLINE bool AnyZero(IntVector values) { return !hn::AllFalse(I32(), hn::Eq(values, hn::Zero(I32()))); }
+  using Mask = hn::Mask<I32>;
+  static HWY_INLINE Mask IsZero(IntVector values) { return hn::Eq(values, hn::Zero(I32())); }
+  HWY_INLINE Mask IsWhole(IntVector sum) const {
+#if HWY_TARGET <= HWY_AVX3
+    return Mask{_mm512_testn_epi32_mask(sum.raw, doubt_.raw)};
+#else
+    return IsZero(hn::And(sum, doubt_));
+#endif
+  }
+  static HWY_INLINE bool IsExact([[maybe_unused]] const Pairs& pairs, [[maybe_unused]] Mask in_doubt) {
+    if constexpr (requires { Matrix::kExactWhereFirstPairIsZero; }) {
+      return hn::AllFalse(I32(), hn::AndNot(IsZero(hn::BitCast(I32(), pairs.first)), in_doubt));
+    }
+    return false;
+  }
   // Toward zero, either side of it gives zero.
   template <const forms::Form& kForm>
   HWY_INLINE bool IsInDoubt(IntVector sum) const {
-    const IntVector bits = hn::And(sum, doubt_);
-    if constexpr (!kForm.toward_zero) return AnyZero(bits);
-    return AnyZero(hn::Or(bits, hn::VecFromMask(I32(), hn::Eq(hn::ShiftRight<1>(sum), hn::Zero(I32())))));
+    Mask in_doubt = IsWhole(sum);
+    if constexpr (kForm.toward_zero) in_doubt = hn::Or(in_doubt, IsZero(hn::ShiftRight<1>(sum)));
+    return !hn::AllFalse(I32(), in_doubt);
   }
   FormVectors<Matrix::kFirst> first_;
   FormVectors<Matrix::kMiddle> middle_;
@@ -195,6 +210,33 @@ HWY_INLINE Status MatrixRow(const uint8_t* src, uint8_t* dst, size_t width, cons
     const MatrixVectors<Matrix> matrix;
     return BlockRow<kPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
       StoreWordsInOrder<kSwapsOutput>(matrix.OfBlock(PixelPairs<kSwapsInput>(from)), to);
+    });
+  });
+}
+
+// A row of pixels of luma and two chromas to RGB: the clamped rows of a matrix of the second and first chroma, to which
+// luma is added. `Samples`, made of the settings, makes these of their bytes.
+template <auto kPixel, typename Matrix, typename Samples, typename... Settings>
+HWY_INLINE Status LumaChromaRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args,
+                                const Settings&... settings) {
+  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
+    constexpr bool kSwapped = decltype(swapped)::value;
+    const MatrixVectors<Matrix> matrix;
+    const Samples samples(settings...);
+    return BlockRow<kPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
+      const PixelPairs<true> block(from);
+      WordPlanes rgb = ByQuarters([&](auto quarter) HWY_ATTR {
+        const Pairs chromas{samples.Chromas(block.First(quarter)), hn::Zero(I16())};
+        return matrix.template Rows<true>(chromas, [&]() HWY_ATTR {
+          return NumbersOf({chromas.first, samples.Luma(block.Second(quarter))});
+        });
+      });
+      const WordPlane words = block.Last(), luma = {samples.Luma(words.lower), samples.Luma(words.upper)};
+      for (WordPlane* plane : {&rgb.first, &rgb.middle, &rgb.last}) {
+        plane->lower = hn::Add(plane->lower, luma.lower);
+        plane->upper = hn::Add(plane->upper, luma.upper);
+      }
+      StoreWordsInOrder<kSwapped>(rgb, to);
     });
   });
 }

@@ -53,6 +53,21 @@ struct PixelOrders {
 // `number` of the two stands.
 constexpr size_t AmongWords(size_t number) { return number % 16 / 4 * 8 + number / 16 * 4 + number % 4; }
 
+// Byte numbers of the words of the last channel, the first one when swapped, of two quarters as PixelOrders has them.
+template <size_t kHalf, bool kSwapped>
+struct WordOrders {
+  static constexpr auto kMade = [] {
+    Order64 order{};
+    for (size_t number = 0; number < 32; ++number) {
+      const auto pair = number < 16 ? PixelOrders<2 * kHalf, kSwapped>::kSecondPair
+                                    : PixelOrders<2 * kHalf + 1, kSwapped>::kSecondPair;
+      order[2 * AmongWords(number)] = static_cast<uint8_t>(pair[4 * (number % 16)] + (number < 16 ? 0 : 64));
+    }
+    return order;
+  };
+  alignas(64) static constexpr Order64 kLast = kMade();
+};
+
 // Pixels of three bytes out of the bytes of such words, eight of one vector after eight of another: of the first two
 // channels of pixels 0..31 or 32..63, and of the third channel of both halves.
 constexpr uint8_t AmongBytes(size_t pixel, bool second_eight) {
@@ -160,32 +175,61 @@ HWY_INLINE void StoreWords(const WordPlanes& words, uint8_t* dst) {
 struct PlanePairs {
   ByteVector first, middle, last;
   template <size_t kQuarter>
-  HWY_INLINE Pairs At(blocks::Quarter<kQuarter>) const {
-    return {PairsOf<kQuarter>(first, middle), PairsOf<kQuarter>(last)};
+  HWY_INLINE I16Vector First(blocks::Quarter<kQuarter>) const {
+    return PairsOf<kQuarter>(first, middle);
+  }
+  template <size_t kQuarter>
+  HWY_INLINE I16Vector Second(blocks::Quarter<kQuarter>) const {
+    return PairsOf<kQuarter>(last);
+  }
+  template <size_t kQuarter>
+  HWY_INLINE Pairs At(blocks::Quarter<kQuarter> quarter) const {
+    return {First(quarter), Second(quarter)};
   }
 };
 
-// The pixels of a block likewise, or with the ends swapped.
+// The pixels of a block likewise, or with the ends swapped; and all of the last channel.
 #if QV_HAS_BYTE_PERMUTES
 template <bool kSwapped>
 class PixelPairs {
  public:
   explicit HWY_INLINE PixelPairs(const uint8_t* src) : src_(src) {}
   template <size_t kQuarter>
-  HWY_INLINE Pairs At(blocks::Quarter<kQuarter>) const {
+  HWY_INLINE I16Vector First(blocks::Quarter<kQuarter>) const {
     using Orders = blocks::PixelOrders<kQuarter, kSwapped>;
-    const __m512i bytes = _mm512_loadu_si512(src_ + Orders::kOffset);
-    return {I16Vector{_mm512_maskz_permutexvar_epi8(kLowBytes, OrderOf(Orders::kFirstPair), bytes)},
-            I16Vector{_mm512_maskz_permutexvar_epi8(kLowBytes, OrderOf(Orders::kSecondPair), bytes)}};
+    return I16Vector{_mm512_maskz_permutexvar_epi8(kLowBytes, OrderOf(Orders::kFirstPair), Load<kQuarter>())};
   }
+  template <size_t kQuarter>
+  HWY_INLINE I16Vector Second(blocks::Quarter<kQuarter>) const {
+    using Orders = blocks::PixelOrders<kQuarter, kSwapped>;
+    return I16Vector{_mm512_maskz_permutexvar_epi8(kLowBytes, OrderOf(Orders::kSecondPair), Load<kQuarter>())};
+  }
+  template <size_t kQuarter>
+  HWY_INLINE Pairs At(blocks::Quarter<kQuarter> quarter) const {
+    return {First(quarter), Second(quarter)};
+  }
+  HWY_INLINE WordPlane Last() const { return {LastOfHalf<0>(), LastOfHalf<1>()}; }
 
  private:
+  template <size_t kQuarter>
+  HWY_INLINE __m512i Load() const {
+    return _mm512_loadu_si512(src_ + blocks::PixelOrders<kQuarter, kSwapped>::kOffset);
+  }
+  template <size_t kHalf>
+  HWY_INLINE I16Vector LastOfHalf() const {
+    const __m512i order = OrderOf(blocks::WordOrders<kHalf, kSwapped>::kLast);
+    return I16Vector{_mm512_maskz_permutex2var_epi8(kLowBytes, Load<2 * kHalf>(), order, Load<2 * kHalf + 1>())};
+  }
   const uint8_t* src_;
 };
 #else
 template <bool kSwapped>
 struct PixelPairs : PlanePairs {
   explicit HWY_INLINE PixelPairs(const uint8_t* src) : PlanePairs(InOrder(LoadPlanes(src))) {}
+  HWY_INLINE WordPlane Last() const {
+    return {hn::BitCast(I16(), hn::InterleaveLower(U8(), last, hn::Zero(U8()))),
+            hn::BitCast(I16(), hn::InterleaveUpper(U8(), last, hn::Zero(U8())))};
+  }
 
  private:
   static HWY_INLINE PlanePairs InOrder(const Planes& planes) {

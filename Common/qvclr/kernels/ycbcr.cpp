@@ -29,13 +29,11 @@ struct YCbCrOfRgb {
   }
 };
 
-// Of Y and Cb, Cr, these 128 higher.
+// What Cr and Cb add to Y.
 struct RgbOfYCbCr {
-  [[maybe_unused]] static constexpr forms::Form kFirst = {{16384, 0, 22971, 0}, 18 - 128 * 22971, 14},
-                                                kMiddle = {{4194304, -1443412, -2995305, 0},
-                                                           25 + 128 * (1443412 + 2995305),
-                                                           22},
-                                                kLast = {{16384, 29033, 0, 0}, 48 - 128 * 29033, 14};
+  [[maybe_unused]] static constexpr forms::Form kFirst = {{22971, 0, 0, 0}, 18, 14},
+                                                kMiddle = {{-2995305, -1443412, 0, 0}, 25, 22},
+                                                kLast = {{0, 29033, 0, 0}, 48, 14};
 };
 
 inline void RGBToYCbCrPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
@@ -67,23 +65,21 @@ Status RGBToYCbCrRow(const uint8_t* src, uint8_t* dst, size_t width, const RowAr
   return ScalarRow<RGBToYCbCrPixel, 3, 3>(src, dst, width, args);
 #endif
 }
-Status YCbCrToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+
 #if QV_HAS_VECTORS
-  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
-    constexpr bool kSwapped = decltype(swapped)::value;
-    const MatrixVectors<RgbOfYCbCr> matrix;
-    const I16Vector of_first = EveryPair(0, 128), of_second = EveryPair(128, 128);
-    return BlockRow<YCbCrToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
-      const auto from_zero = [&](const Pairs& ycc) HWY_ATTR {
-        return Pairs{hn::Xor(ycc.first, of_first), hn::Xor(ycc.second, of_second)};
-      };
-      StoreWordsInOrder<kSwapped>(matrix.OfBlock(PixelPairs<false>(from), from_zero), to);
-    });
-  });
-#else
-  return ScalarRow<YCbCrToRGBPixel, 3, 3>(src, dst, width, args);
-#endif
+struct YCbCrSamples {
+  HWY_INLINE I16Vector Chromas(I16Vector bytes) const { return hn::ShiftRight<8>(hn::ShiftLeft<8>(bytes)); }
+  HWY_INLINE I16Vector Luma(I16Vector bytes) const { return bytes; }
+};
+
+Status YCbCrToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return LumaChromaRow<YCbCrToRGBPixel, RgbOfYCbCr, YCbCrSamples>(src, dst, width, args);
 }
+#else
+Status YCbCrToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return ScalarRow<YCbCrToRGBPixel, 3, 3>(src, dst, width, args);
+}
+#endif
 
 }  // namespace
 }  // namespace qv::HWY_NAMESPACE

@@ -32,11 +32,11 @@ struct YiqOfRgb {
   }
 };
 
-// Of Q, I and Y once they are freed of their scales.
+// Of Q, I and Y once they are freed of their scales. The forms leave out Y, which is added as it is.
 struct RgbOfYiq {
-  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation<28>(0.621, 0.956, 1, 0),
-                                                kMiddle = forms::Approximation<28>(-0.647, -0.272, 1, 0),
-                                                kLast = forms::Approximation<28>(1.702, -1.105, 1, 0);
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation<28>(0.621, 0.956, 0, 0),
+                                                kMiddle = forms::Approximation<28>(-0.647, -0.272, 0, 0),
+                                                kLast = forms::Approximation<28>(1.702, -1.105, 0, 0);
   [[maybe_unused]] static constexpr bool kExactWhereFirstPairIsZero = true;
   template <typename Real>
   static HWY_INLINE Real First(Real q, Real i, Real y) {
@@ -72,29 +72,33 @@ inline void YIQToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args)
 Status RGBToYIQRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
   return MatrixRow<RGBToYIQPixel, YiqOfRgb, true>(src, dst, width, args);
 }
-// With b' = b - 128: 303 b / 255 - 152 = b' + 48 (2 b' + 1) / 510, and 267 b / 255 - 134 likewise with 12. The factors
-// are rounded up, so that whole numbers keep their floors; truncation adds one to the floors below zero.
-Status YIQToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+
 #if QV_HAS_VECTORS
-  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
-    constexpr bool kSwapped = decltype(swapped)::value;
-    const MatrixVectors<RgbOfYiq> matrix;
-    const I16Vector middle = EveryPair(128, 128), one = EveryPair(1, 1), of_qi = EveryPair(1543, 6169),
-                    of_y = EveryPair(2057, 2057);
-    return BlockRow<YIQToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
-      const auto unscaled = [&](const Pairs& qiy) HWY_ATTR {
-        const I16Vector signed_qi = hn::Sub(qiy.first, middle), odd = hn::Add(hn::Add(signed_qi, signed_qi), one);
-        const I16Vector floors = hn::Add(signed_qi, hn::MulHigh(odd, of_qi));
-        return Pairs{hn::Sub(floors, hn::ShiftRight<15>(signed_qi)),
-                     hn::Add(qiy.second, hn::MulHigh(qiy.second, of_y))};
-      };
-      StoreWordsInOrder<kSwapped>(matrix.OfBlock(PixelPairs<true>(from), unscaled), to);
-    });
-  });
-#else
-  return ScalarRow<YIQToRGBPixel, 3, 3>(src, dst, width, args);
-#endif
+// With h = 2 b - 255: 303 b / 255 - 152 = 303 h / 510 - 1 / 2, and 267 b / 255 - 134 likewise. Truncated, it is one
+// below the rounded product for h above zero, and that product else. The factors are rounded up, so that whole numbers
+// keep their floors.
+class YiqSamples {
+ public:
+  HWY_INLINE YiqSamples()
+      : full_(EveryPair(255, 255)), of_qi_(EveryPair(-17156, -19469)), of_y_(EveryPair(2057, 2057)) {}
+  HWY_INLINE I16Vector Chromas(I16Vector bytes) const {
+    const I16Vector negative_h = hn::Sub(full_, hn::Add(bytes, bytes));
+    return hn::Add(hn::MulFixedPoint15(negative_h, of_qi_), hn::ShiftRight<15>(negative_h));
+  }
+  HWY_INLINE I16Vector Luma(I16Vector bytes) const { return hn::Add(bytes, hn::MulHigh(bytes, of_y_)); }
+
+ private:
+  I16Vector full_, of_qi_, of_y_;
+};
+
+Status YIQToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return LumaChromaRow<YIQToRGBPixel, RgbOfYiq, YiqSamples>(src, dst, width, args);
 }
+#else
+Status YIQToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  return ScalarRow<YIQToRGBPixel, 3, 3>(src, dst, width, args);
+}
+#endif
 
 }  // namespace
 }  // namespace qv::HWY_NAMESPACE

@@ -9,6 +9,7 @@
 #include <hwy/foreach_target.h>  // compiles the part below once per instruction set
 
 #include "qvclr/kernels/matrix-inl.h"
+#include "qvclr/kernels/words-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qv::HWY_NAMESPACE {
@@ -81,11 +82,11 @@ struct YuvOfRgb {
   }
 };
 
-// Of V, U and Y once they are freed of their scales.
+// What V and U add to Y once they are freed of their scales.
 struct RgbOfYuv {
-  [[maybe_unused]] static constexpr forms::Form kFirst = {{37221, -29, 32768, 0}, 0, 15},
-                                                kMiddle = {{-18940, -12943, 16384, 16384}, 0, 15},
-                                                kLast = {{-33, 66883, 32768, 0}, 0, 15};
+  [[maybe_unused]] static constexpr forms::Form kFirst = {{37221, -29, 0, 0}, 0, 15},
+                                                kMiddle = {{-18940, -12943, 0, 0}, 0, 15},
+                                                kLast = {{-33, 66883, 0, 0}, 0, 15};
 };
 
 #if QV_HAS_VECTORS
@@ -125,21 +126,62 @@ Status RGBToYUVRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
 }
 
 // 223 b / 255, and b + 20 b / 255 for 275 b / 255, the factors rounded up, so that whole numbers keep their floors.
+class PlainYuvSamples {
+ public:
+  HWY_INLINE PlainYuvSamples()
+      : factors_(EveryPair(5141, 57312)), only_v_(EveryPair(-1, 0)), offsets_(EveryPair(138, 112)) {}
+  HWY_INLINE I16Vector Chromas(I16Vector bytes) const {
+    const hn::Repartition<uint16_t, U8> d;
+    const auto product = hn::MulHigh(hn::BitCast(d, bytes), hn::BitCast(d, factors_));
+    return hn::Sub(hn::Add(hn::BitCast(I16(), product), hn::And(bytes, only_v_)), offsets_);
+  }
+  HWY_INLINE I16Vector Luma(I16Vector bytes) const { return bytes; }
+
+ private:
+  I16Vector factors_, only_v_, offsets_;
+};
+
+// By other settings, in reals.
+class YuvSamplesBySettings {
+ public:
+  explicit HWY_INLINE YuvSamplesBySettings(const YuvSettings& settings)
+      : settings_(settings), offsets_(EveryPair(settings.v_offset, settings.u_offset)) {}
+  // Sums of such samples stay within words.
+  static bool AreWords(const YuvSettings& settings) {
+    return std::max(settings.u_span, settings.v_span) <= 2047 &&
+           std::max({settings.u_offset, settings.v_offset, settings.luma_span}) <= 2047;
+  }
+  HWY_INLINE I16Vector Chromas(I16Vector bytes) const {
+    const Three of = NumbersOf({bytes, bytes});
+    return hn::Sub(
+        PairsOfInts(InReals(of, [&](Reals v, Reals, Reals) HWY_ATTR { return v / 255.0 * settings_.v_span; }),
+                    InReals(of, [&](Reals, Reals u, Reals) HWY_ATTR { return u / 255.0 * settings_.u_span; })),
+        offsets_);
+  }
+  HWY_INLINE I16Vector Luma(I16Vector bytes) const {
+    if (settings_.stored_luma) {
+      const ByteVector indices = LookUp(settings_.index_of_stored, hn::BitCast(U8(), bytes));
+      bytes = hn::And(hn::BitCast(I16(), indices), hn::Set(I16(), 0xFF));
+    }
+    const auto span = static_cast<double>(settings_.luma_span);
+    const Three of = NumbersOf({bytes, bytes});
+    return PairsOfInts(InReals(of, [&](Reals even, Reals, Reals) HWY_ATTR { return even * span / 255.0; }),
+                       InReals(of, [&](Reals, Reals odd, Reals) HWY_ATTR { return odd * span / 255.0; }));
+  }
+
+ private:
+  static HWY_INLINE I16Vector PairsOfInts(IntVector first, IntVector second) {
+    return hn::BitCast(I16(), hn::Or(hn::And(first, hn::Set(I32(), 0xFFFF)), hn::ShiftLeft<16>(second)));
+  }
+  const YuvSettings settings_;
+  I16Vector offsets_;
+};
+
 Status YUVToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  if (args.record) return ScalarRow<YUVToRGBPixel, 3, 3>(src, dst, width, args);
-  return InRgbOrder(args, [&](auto swapped) HWY_ATTR {
-    constexpr bool kSwapped = decltype(swapped)::value;
-    const MatrixVectors<RgbOfYuv> matrix;
-    const I16Vector factors = EveryPair(5141, 57312), only_v = EveryPair(-1, 0), offsets = EveryPair(138, 112);
-    return BlockRow<YUVToRGBPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
-      const auto unscaled = [&](const Pairs& vuy) HWY_ATTR {
-        const auto product = hn::MulHigh(hn::BitCast(U16(), vuy.first), hn::BitCast(U16(), factors));
-        const I16Vector spans = hn::Add(hn::BitCast(I16(), product), hn::And(vuy.first, only_v));
-        return Pairs{hn::Sub(spans, offsets), vuy.second};
-      };
-      StoreWordsInOrder<kSwapped>(matrix.OfBlock(PixelPairs<true>(from), unscaled), to);
-    });
-  });
+  if (!args.record) return LumaChromaRow<YUVToRGBPixel, RgbOfYuv, PlainYuvSamples>(src, dst, width, args);
+  const auto& settings = *static_cast<const YuvSettings*>(args.record);
+  if (!YuvSamplesBySettings::AreWords(settings)) return ScalarRow<YUVToRGBPixel, 3, 3>(src, dst, width, args);
+  return LumaChromaRow<YUVToRGBPixel, RgbOfYuv, YuvSamplesBySettings>(src, dst, width, args, settings);
 }
 #else
 Status RGBToYUVRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
