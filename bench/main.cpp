@@ -1,6 +1,6 @@
-// Every pair of RGB with another space by formulas, and those that ICC profiles and emulation tables serve, through the
-// exported functions; the same by other libraries, where the build found them; and every kernel on every instruction
-// set.
+// Every pair of RGB with another space by formulas, some that meet in RGB, and those that ICC profiles and emulation
+// tables serve, through the exported functions; the same by other libraries, where the build found them; two threads
+// against one; and every kernel on every instruction set.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -66,7 +66,10 @@ int main(int argc, char** argv) {
     RegisterPair(rgb, space);
     RegisterPair(space, rgb);
   }
-  RegisterFormulas(*qv::FindSpace(CS_CMY), *qv::FindSpace(CS_CMYK));  // one of those that meet in RGB
+  constexpr uint32_t kMeetInRgb[][2] = {{CS_CMY, CS_CMYK}, {CS_HSV, CS_XYZ}, {CS_YCBCR, CS_HLS},
+                                        {CS_LAB, CS_HSV},  {CS_HLS, CS_LAB}, {CS_YUY2, CS_YCBCR}};
+  for (const auto& [from, to] : kMeetInRgb) RegisterFormulas(*qv::FindSpace(from), *qv::FindSpace(to));
+  RegisterThreads();
   RegisterTargets();
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

@@ -42,6 +42,7 @@ struct AddPeers {
   explicit AddPeers(const std::vector<Peer>& peers) { Peers().insert(Peers().end(), peers.begin(), peers.end()); }
 };
 
+void RegisterThreads();
 void RegisterTargets();  // every kernel on every instruction set, and its scalar form without vectors of any kind
 
 }  // namespace qv_bench

@@ -19,6 +19,16 @@ Peer Cvt(const char* pair, int code, int src_channels = 3) {
           }};
 }
 
+Peer Two(const char* pair, int to_rgb, int from_rgb, int src_channels = 3) {
+  return {"OpenCV, two calls", "formulas", pair, [=](const uint8_t* src, uint8_t* dst, Size size) {
+            static cv::Mat rgb;
+            cv::cvtColor(Frame(src, size, src_channels), rgb, to_rgb);
+            cv::Mat to = Frame(dst, size, 3);
+            cv::cvtColor(rgb, to, from_rgb);
+            return true;
+          }};
+}
+
 Peer Matrix(const char* pair) {
   return {"OpenCV transform", "formulas", pair, [](const uint8_t* src, uint8_t* dst, Size size) {
             static const cv::Matx34f kMatrix(0.5f, 0.3f, 0.1f, 0, 0.2f, 0.6f, 0.1f, 0, 0.1f, -0.3f, 0.8f, 16);
@@ -54,6 +64,11 @@ std::vector<Peer> All() {
           Cvt("HLS>RGB", cv::COLOR_HLS2RGB),
           Cvt("YUY2>RGB", cv::COLOR_YUV2RGB_YUY2, 2),
           Cvt("UYVY>RGB", cv::COLOR_YUV2RGB_UYVY, 2),
+          Two("HSV>XYZ", cv::COLOR_HSV2RGB, cv::COLOR_RGB2XYZ),
+          Two("YCBCR>HLS", cv::COLOR_YCrCb2RGB, cv::COLOR_RGB2HLS),
+          Two("LAB>HSV", cv::COLOR_Lab2RGB, cv::COLOR_RGB2HSV),
+          Two("HLS>LAB", cv::COLOR_HLS2RGB, cv::COLOR_RGB2Lab),
+          Two("YUY2>YCBCR", cv::COLOR_YUV2RGB_YUY2, cv::COLOR_RGB2YCrCb, 2),
           Matrix("RGB>XYZ"),
           Matrix("XYZ>RGB"),
           Matrix("RGB>YCBCR"),

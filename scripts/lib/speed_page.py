@@ -33,7 +33,7 @@ def read(file):
     """{group: {(pair, size, content): {who: benchmark}}}, in the order of the run."""
     groups = {}
     for run in json.load(file)["benchmarks"]:
-        group, pair, size, content, who = run["name"].removesuffix("/manual_time").split("/")
+        group, pair, size, content, who = run["name"].split("/")[:5]
         if run.get("error_occurred"):
             print(f"{run['name']}: {run.get('error_message')}", file=sys.stderr)
             continue
@@ -82,6 +82,13 @@ def print_calls(groups):
                 row(pair, group, f"{runs[OWN]['ns']:.0f}", *against_peers(runs, runs[OWN]))
 
 
+def print_threads(cases):
+    print("\n## Two threads\n\nWhat two threads, each with a converter of its own, do of what one does.")
+    table("work", "threads", "of one")
+    for (work, _, _), runs in cases.items():
+        row(work, "2", f"{runs[OWN]['of_one']:.2f}")
+
+
 def print_targets(cases):
     targets = list(dict.fromkeys(who for runs in cases.values() for who in runs))
     print("\n## Instruction sets\n\nAt 256x64: million pixels a second of each kernel's scalar form, compiled without "
@@ -101,6 +108,7 @@ def main():
     for group in ("formulas", "ICC", "tables"):
         print_frames(group, groups.get(group, {}))
     print_calls(groups)
+    print_threads(groups.get("threads", {}))
     print_targets(groups.get("targets", {}))
 
 
