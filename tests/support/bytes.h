@@ -22,6 +22,15 @@ inline Bytes RandomBytes(size_t count, uint64_t seed = 1) {
   return bytes;
 }
 
+// Many greys and many ends of the range.
+inline Bytes EdgeBytes(size_t count, uint64_t seed) {
+  Bytes bytes = RandomBytes(count, seed);
+  for (size_t i = 1; i < count; ++i) {
+    if (bytes[i] % 4 != 0) bytes[i] = bytes[i] % 4 == 1 ? bytes[i - 1] : uint8_t(bytes[i] % 4 == 2 ? 0 : 255);
+  }
+  return bytes;
+}
+
 inline Bytes Joined(std::initializer_list<Bytes> parts) {
   Bytes all;
   for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
