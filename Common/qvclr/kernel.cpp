@@ -1,6 +1,7 @@
 #include "qvclr/kernel.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "base/sizes.h"
 #include "qvclr/frame.h"
@@ -26,14 +27,34 @@ struct Rows {
   Rows From(size_t row) const { return {first + row * stride, stride}; }
 };
 
+// One row. A rest that is no whole block for vectors becomes one, aside: the pixel function that would convert it may
+// take longer than all the row before it. `kLeast` pixels are not worth that.
+Status RunRow(const Kernel& kernel, const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  constexpr size_t kBlock = 64, kLeast = 4, kMostBytes = 4;
+  const size_t rest = width % kBlock;
+  if (rest < kLeast || kernel.band_rows > 1) return kernel.row(src, dst, width, args);
+  if (width > rest) {
+    if (const Status status = kernel.row(src, dst, width - rest, args); !Ok(status)) return status;
+  }
+  const auto bytes = [&](size_t pixels, size_t unit_bytes) { return pixels / kernel.unit_pixels * unit_bytes; };
+  src += bytes(width - rest, kernel.src_bytes);
+  dst += bytes(width - rest, kernel.dst_bytes);
+  uint8_t block[kBlock * kMostBytes] = {}, converted[kBlock * kMostBytes];
+  std::memcpy(block, src, bytes(rest, kernel.src_bytes));
+  if (!Ok(kernel.row(block, converted, kBlock, args)))
+    return kernel.row(src, dst, rest, args);  // up to what it refuses
+  std::memcpy(dst, converted, bytes(rest, kernel.dst_bytes));
+  return kSuccess;
+}
+
 // `width` pixels of each of `count` rows. Rows without anything between them are one long row.
 Status RunRows(const Kernel& kernel, Rows<const uint8_t> from, Rows<uint8_t> to, size_t count, size_t width,
                RowArgs args) {
   const size_t units = width / kernel.unit_pixels;
   const bool packed = from.stride == units * kernel.src_bytes && to.stride == units * kernel.dst_bytes;
-  if (packed && kernel.band_rows == 1) return kernel.row(from.first, to.first, width * count, args);
+  if (packed && kernel.band_rows == 1) return RunRow(kernel, from.first, to.first, width * count, args);
   for (size_t row = 0; row < count; row += kernel.band_rows, args.row += kernel.band_rows) {
-    if (const Status s = kernel.row(from.From(row).first, to.From(row).first, width, args); !Ok(s)) return s;
+    if (const Status s = RunRow(kernel, from.From(row).first, to.From(row).first, width, args); !Ok(s)) return s;
   }
   return kSuccess;
 }
