@@ -28,7 +28,7 @@ struct Rows {
 };
 
 // One row. A rest that is no whole block for vectors becomes one, aside: the pixel function that would convert it may
-// take longer than all the row before it. `kLeast` pixels are not worth that.
+// take longer than all the row before it. Fewer than `kLeast` pixels are not worth that.
 Status RunRow(const Kernel& kernel, const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
   constexpr size_t kBlock = 64, kLeast = 4, kMostBytes = 4;
   const size_t rest = width % kBlock;

@@ -64,6 +64,13 @@ struct Orders {
   Status Row##OfThisCpu(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) { \
     return HWY_DYNAMIC_DISPATCH(Row)(src, dst, width, args);                                   \
   }
+
+// The kernel of such a row, which is named after it.
+#define QV_PIXEL_KERNEL(Name, src_bytes, dst_bytes) \
+  namespace {                                       \
+  QV_ROW_OF_THIS_CPU(Name##Row)                     \
+  }                                                 \
+  const Kernel Name = {#Name, Name##RowOfThisCpu, src_bytes, dst_bytes};
 #endif  // QV_BLOCKS_ONCE
 
 #include <hwy/highway.h>

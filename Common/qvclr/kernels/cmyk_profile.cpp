@@ -220,8 +220,6 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace qv {
 namespace {
-QV_ROW_OF_THIS_CPU(CMYKProfileToRGBRow)
-QV_ROW_OF_THIS_CPU(RGBToCMYKProfileRow)
 QV_ROW_OF_THIS_CPU(CmykFromProfileRow)
 QV_ROW_OF_THIS_CPU(ProfileFromCmykRow)
 }  // namespace
@@ -241,7 +239,7 @@ void ProfilePixelsFromCmyk(const uint8_t* cmyk, uint8_t* dst, size_t pixels, con
   static_cast<void>(ProfileFromCmykRowOfThisCpu(cmyk, dst, pixels, {.record = &tables}));
 }
 
-const Kernel CMYKProfileToRGB = {"CMYKProfileToRGB", CMYKProfileToRGBRowOfThisCpu, 4, 3};
-const Kernel RGBToCMYKProfile = {"RGBToCMYKProfile", RGBToCMYKProfileRowOfThisCpu, 3, 4};
+QV_PIXEL_KERNEL(CMYKProfileToRGB, 4, 3)
+QV_PIXEL_KERNEL(RGBToCMYKProfile, 3, 4)
 }  // namespace qv
 #endif

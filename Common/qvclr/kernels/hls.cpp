@@ -154,11 +154,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace qv {
 namespace {
-QV_ROW_OF_THIS_CPU(RGBToHLSRow)
 QV_ROW_OF_THIS_CPU(HLSToRGBRow)
 QV_ROW_OF_THIS_CPU(CheckHLSRow)
 }  // namespace
-const Kernel RGBToHLS = {"RGBToHLS", RGBToHLSRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToHLS, 3, 3)
 const Kernel HLSToRGB = {
     .name = "HLSToRGB", .row = HLSToRGBRowOfThisCpu, .src_bytes = 3, .dst_bytes = 3, .check = CheckHLSRowOfThisCpu};
 }  // namespace qv

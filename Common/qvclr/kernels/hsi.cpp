@@ -127,11 +127,11 @@ HWY_INLINE FewInts Weakest(FewInts intensity, FewInts saturation) {
   return WholeOf(hn::Mul(DoubleOf(intensity), hn::Sub(SetDouble(1), share)));
 }
 
-HWY_INLINE void HSIToRGBBlock(const uint8_t* src, uint8_t* dst, const RowArgs& args) {
+HWY_INLINE void HSIToRGBBlock(const uint8_t* src, uint8_t* dst, const blocks::FloatTable& ratios, const RowArgs& args) {
   const auto [intensity, hue, saturation] = LoadPlanes(src);
   const Words intensities = WordsOf(intensity);
   const Ints i = IntsOf(intensities), s = IntsOf(WordsOf(saturation));
-  const Floats ratio = LookUp(CosineRatios(), hue);
+  const Floats ratio = LookUp(ratios, hue);
   Ints weak, strong;
   Floats clearance;
   for (size_t k = 0; k < 4; ++k) {
@@ -161,8 +161,9 @@ Status RGBToHSIRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
       src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR { RGBToHSIBlock(from, to, args); });
 }
 Status HSIToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
+  const blocks::FloatTable& ratios = CosineRatios();
   return BlockRow<hsi::HSIToRGBPixel, 3, 3>(
-      src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR { HSIToRGBBlock(from, to, args); });
+      src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR { HSIToRGBBlock(from, to, ratios, args); });
 }
 #else
 constexpr auto& RGBToHSIRow = ScalarRow<hsi::RGBToHSIPixel, 3, 3>;
@@ -175,11 +176,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qv {
-namespace {
-QV_ROW_OF_THIS_CPU(RGBToHSIRow)
-QV_ROW_OF_THIS_CPU(HSIToRGBRow)
-}  // namespace
-const Kernel RGBToHSI = {"RGBToHSI", RGBToHSIRowOfThisCpu, 3, 3};
-const Kernel HSIToRGB = {"HSIToRGB", HSIToRGBRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToHSI, 3, 3)
+QV_PIXEL_KERNEL(HSIToRGB, 3, 3)
 }  // namespace qv
 #endif

@@ -138,11 +138,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qv {
-namespace {
-QV_ROW_OF_THIS_CPU(RGBToHSVRow)
-QV_ROW_OF_THIS_CPU(HSVToRGBRow)
-}  // namespace
-const Kernel RGBToHSV = {"RGBToHSV", RGBToHSVRowOfThisCpu, 3, 3};
-const Kernel HSVToRGB = {"HSVToRGB", HSVToRGBRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToHSV, 3, 3)
+QV_PIXEL_KERNEL(HSVToRGB, 3, 3)
 }  // namespace qv
 #endif

@@ -177,11 +177,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qv {
-namespace {
-QV_ROW_OF_THIS_CPU(RGBToLabRow)
-QV_ROW_OF_THIS_CPU(LabToRGBRow)
-}  // namespace
-const Kernel RGBToLab = {"RGBToLab", RGBToLabRowOfThisCpu, 3, 3};
-const Kernel LabToRGB = {"LabToRGB", LabToRGBRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToLab, 3, 3)
+QV_PIXEL_KERNEL(LabToRGB, 3, 3)
 }  // namespace qv
 #endif

@@ -51,11 +51,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qv {
-namespace {
-QV_ROW_OF_THIS_CPU(RGBToXYZRow)
-QV_ROW_OF_THIS_CPU(XYZToRGBRow)
-}  // namespace
-const Kernel RGBToXYZ = {"RGBToXYZ", RGBToXYZRowOfThisCpu, 3, 3};
-const Kernel XYZToRGB = {"XYZToRGB", XYZToRGBRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToXYZ, 3, 3)
+QV_PIXEL_KERNEL(XYZToRGB, 3, 3)
 }  // namespace qv
 #endif

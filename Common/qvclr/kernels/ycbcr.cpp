@@ -76,9 +76,7 @@ Status YCbCrToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowAr
   return LumaChromaRow<YCbCrToRGBPixel, RgbOfYCbCr, YCbCrSamples>(src, dst, width, args);
 }
 #else
-Status YCbCrToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  return ScalarRow<YCbCrToRGBPixel, 3, 3>(src, dst, width, args);
-}
+constexpr auto& YCbCrToRGBRow = ScalarRow<YCbCrToRGBPixel, 3, 3>;
 #endif
 
 }  // namespace
@@ -87,11 +85,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qv {
-namespace {
-QV_ROW_OF_THIS_CPU(RGBToYCbCrRow)
-QV_ROW_OF_THIS_CPU(YCbCrToRGBRow)
-}  // namespace
-const Kernel RGBToYCbCr = {"RGBToYCbCr", RGBToYCbCrRowOfThisCpu, 3, 3};
-const Kernel YCbCrToRGB = {"YCbCrToRGB", YCbCrToRGBRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToYCbCr, 3, 3)
+QV_PIXEL_KERNEL(YCbCrToRGB, 3, 3)
 }  // namespace qv
 #endif

@@ -95,9 +95,7 @@ Status YIQToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
   return LumaChromaRow<YIQToRGBPixel, RgbOfYiq, YiqSamples>(src, dst, width, args);
 }
 #else
-Status YIQToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  return ScalarRow<YIQToRGBPixel, 3, 3>(src, dst, width, args);
-}
+constexpr auto& YIQToRGBRow = ScalarRow<YIQToRGBPixel, 3, 3>;
 #endif
 
 }  // namespace
@@ -106,11 +104,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qv {
-namespace {
-QV_ROW_OF_THIS_CPU(RGBToYIQRow)
-QV_ROW_OF_THIS_CPU(YIQToRGBRow)
-}  // namespace
-const Kernel RGBToYIQ = {"RGBToYIQ", RGBToYIQRowOfThisCpu, 3, 3};
-const Kernel YIQToRGB = {"YIQToRGB", YIQToRGBRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToYIQ, 3, 3)
+QV_PIXEL_KERNEL(YIQToRGB, 3, 3)
 }  // namespace qv
 #endif

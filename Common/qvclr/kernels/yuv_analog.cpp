@@ -184,12 +184,8 @@ Status YUVToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
   return LumaChromaRow<YUVToRGBPixel, RgbOfYuv, YuvSamplesBySettings>(src, dst, width, args, settings);
 }
 #else
-Status RGBToYUVRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  return ScalarRow<RGBToYUVPixel, 3, 3>(src, dst, width, args);
-}
-Status YUVToRGBRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args) {
-  return ScalarRow<YUVToRGBPixel, 3, 3>(src, dst, width, args);
-}
+constexpr auto& RGBToYUVRow = ScalarRow<RGBToYUVPixel, 3, 3>;
+constexpr auto& YUVToRGBRow = ScalarRow<YUVToRGBPixel, 3, 3>;
 #endif
 
 }  // namespace
@@ -198,11 +194,7 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace qv {
-namespace {
-QV_ROW_OF_THIS_CPU(RGBToYUVRow)
-QV_ROW_OF_THIS_CPU(YUVToRGBRow)
-}  // namespace
-const Kernel RGBToYUV = {"RGBToYUV", RGBToYUVRowOfThisCpu, 3, 3};
-const Kernel YUVToRGB = {"YUVToRGB", YUVToRGBRowOfThisCpu, 3, 3};
+QV_PIXEL_KERNEL(RGBToYUV, 3, 3)
+QV_PIXEL_KERNEL(YUVToRGB, 3, 3)
 }  // namespace qv
 #endif
