@@ -89,15 +89,20 @@ HWY_INLINE ByteVector BytesOf(const WordPlane& words) {
   return BytesOf(Words{hn::BitCast(U16(), words.lower), hn::BitCast(U16(), words.upper)});
 }
 
+struct InkPairs {
+  const Words &c, &m, &y;
+  template <size_t kQuarter>
+  HWY_INLINE Pairs At(blocks::Quarter<kQuarter>) const {
+    return {PairsOfWords<kQuarter>(c, y), PairsOfWords<kQuarter>(m, m)};
+  }
+};
+
 // Made before the loop of a row.
 class InkCoder {
  public:
   HWY_INLINE InkCoder() {}
   HWY_INLINE InkPlanes operator()(const Words& c, const Words& m, const Words& y, ByteVector k) const {
-    const WordPlanes ycc = ByQuarters([&](auto quarter) HWY_ATTR {
-      constexpr size_t kQuarter = decltype(quarter)::value;
-      return matrix_(Pairs{PairsOfWords<kQuarter>(c, y), PairsOfWords<kQuarter>(m, m)});
-    });
+    const WordPlanes ycc = matrix_.OfBlock(InkPairs{c, m, y});
     return {BytesOf(ycc.first), BytesOf(ycc.middle), BytesOf(ycc.last), k};
   }
 

@@ -8,8 +8,7 @@
 
 namespace qv::forms {
 
-// floor((of[0] a + of[1] b + of[2] c + of[3] d + bias) / 2^shift) of two pairs of channels, (a, b) and (c, d). Below
-// 2^30 each weight.
+// floor((of[0] a + of[1] b + of[2] c + of[3] d + bias) / 2^shift) of two pairs of channels, (a, b) and (c, d).
 struct Form {
   std::array<int64_t, 4> of;
   int64_t bias;
@@ -18,32 +17,64 @@ struct Form {
   bool near_whole = false;   // wrong next to whole numbers: to be worked out in reals there
 };
 
-// Weights beyond 16 bits are taken in two digits: the floors nest.
-constexpr int kDigitBits = 15;
+// Weights beyond two 16-bit ones are taken in two digits: the floors nest. The lower digit holds the bias too, which
+// leaves room for its products.
 constexpr bool IsWide(const Form& form) {
-  return std::ranges::any_of(form.of, [](int64_t weight) { return weight < INT16_MIN || weight > INT16_MAX; });
+  return std::ranges::any_of(form.of, [](int64_t weight) { return weight < 2 * INT16_MIN || weight > 2 * INT16_MAX; });
 }
-constexpr int64_t HighDigit(int64_t weight) { return (weight + (1 << (kDigitBits - 1))) >> kDigitBits; }
-constexpr int64_t LowDigit(int64_t weight) { return weight - HighDigit(weight) * (1 << kDigitBits); }
-
-// The lower digit holds the bias too, while that leaves room for the products.
-constexpr bool IsBiasWide(const Form& form) { return form.bias < -(1 << 30) || form.bias > 1 << 30; }
-constexpr int64_t FirstBias(const Form& form) { return IsBiasWide(form) ? LowDigit(form.bias) : form.bias; }
+constexpr bool LeavesRoom(const Form& form) {
+  constexpr int64_t kRoom = (int64_t{1} << 31) - (1 << 25);
+  return -kRoom < form.bias && form.bias < kRoom;
+}
+constexpr int kFractionBits = 16;  // left of what is near whole numbers
+constexpr int DigitBits(const Form& form) { return form.near_whole ? form.shift - kFractionBits : 15; }
+constexpr int64_t HighDigit(int64_t weight, int bits) { return (weight + (int64_t{1} << (bits - 1))) >> bits; }
+constexpr int64_t LowDigit(int64_t weight, int bits) { return weight - HighDigit(weight, bits) * (int64_t{1} << bits); }
+constexpr int ShiftOfSum(const Form& form) { return form.shift - (IsWide(form) ? DigitBits(form) : 0); }
 
 // Two 16-bit weights as they lie in a vector.
 constexpr int32_t PairOfWeights(int64_t first, int64_t second) {
   return static_cast<int32_t>(static_cast<uint32_t>(first & 0xFFFF) | static_cast<uint32_t>(second & 0xFFFF) << 16);
 }
 
-// a x + b y + c z + offset, to `kBits` bits of fraction. What the lower digit leaves of these may be one unit off; with
-// a unit added, whole numbers are in doubt where its fraction is 0 or 1.
-template <int kBits = 30>
-constexpr Form Approximation(double a, double b, double c, double offset, bool toward_zero = false) {
-  constexpr auto kScaled = [](double value) {
-    return static_cast<int64_t>(value * (1 << kBits) + (value < 0 ? -0.5 : 0.5));
-  };
-  return {{kScaled(a), kScaled(b), kScaled(c), 0}, kScaled(offset) + (1 << kDigitBits), kBits, toward_zero, true};
+// Three 8-bit weights likewise.
+constexpr int32_t ThreeWeights(int64_t first, int64_t second, int64_t third) {
+  return static_cast<int32_t>((first & 0xFF) | (second & 0xFF) << 8 | (third & 0xFF) << 16);
 }
-constexpr int32_t DoubtBits(const Form& form) { return (1 << (form.shift - kDigitBits)) - 2; }
+
+// Whole numbers come out with a fraction below 4: there they are in doubt.
+constexpr int32_t kDoubtBits = (1 << kFractionBits) - 4;
+
+constexpr int64_t Scaled(double value, int bits) {
+  return static_cast<int64_t>(value * static_cast<double>(int64_t{1} << bits) + (value < 0 ? -0.5 : 0.5));
+}
+
+// a x + b y + c z + offset of bytes, in pairs (x, y) and (z, y); the lower digits are bytes as well. Each weight is
+// half a unit off at most. With what the bias adds for those that were rounded down, a whole number never comes out too
+// small, and too great by less than 386 of these units, where a fraction of 4 has 512.
+constexpr int kByteDigitBits = 7;
+constexpr Form OfBytes(double a, double b, double c, double offset, bool toward_zero = false) {
+  constexpr int kBits = kFractionBits + kByteDigitBits;
+  double rounded_down = 0;
+  const auto scaled = [&](double weight) {
+    const int64_t whole = Scaled(weight, kBits);
+    rounded_down += std::max(0.0, weight * (1 << kBits) - static_cast<double>(whole));
+    return whole;
+  };
+  const int64_t of_x = scaled(a), of_y = scaled(b), of_z = scaled(c);
+  const bool fits = -0.5 < b && b < 0.5;
+  const int64_t of_second_y = fits ? 0 : HighDigit(of_y / 2, kByteDigitBits) * (1 << kByteDigitBits);
+  return {{of_x, of_y - of_second_y, of_z, of_second_y},
+          Scaled(offset, kBits) + static_cast<int64_t>(255 * rounded_down) + 2,
+          kBits,
+          toward_zero,
+          true};
+}
+
+// a x + b y of numbers below 2^10, with a unit added to the fraction, of which the weights are a small part off.
+constexpr Form OfWords(double a, double b) {
+  constexpr int kDigit = 15, kBits = kFractionBits + kDigit;
+  return {{Scaled(a, kBits), Scaled(b, kBits), 0, 0}, 1 << kDigit, kBits, false, true};
+}
 
 }  // namespace qv::forms

@@ -32,58 +32,94 @@ HWY_INLINE IntVector AddProducts(IntVector sum, I16Vector pairs, IntVector weigh
 #endif
 }
 
-// The weights of two pairs, none where they are zero.
-template <int64_t kFirst, int64_t kSecond, int64_t kThird, int64_t kFourth>
-class Products {
+// The weights of a pair, none where they are zero; what is beyond 16 bits of them in a second product.
+template <int64_t kFirst, int64_t kSecond>
+class PairProducts {
+  static constexpr int64_t Word(int64_t weight) { return std::clamp<int64_t>(weight, INT16_MIN, INT16_MAX); }
+  static constexpr int64_t kFirstRest = kFirst - Word(kFirst), kSecondRest = kSecond - Word(kSecond);
+
  public:
-  HWY_INLINE Products()
-      : first_(Kept(forms::PairOfWeights(kFirst, kSecond))), second_(Kept(forms::PairOfWeights(kThird, kFourth))) {}
-  HWY_INLINE IntVector AddTo(IntVector sum, const Pairs& pairs) const {
-    if constexpr (kFirst != 0 || kSecond != 0) sum = AddProducts(sum, pairs.first, first_);
-    if constexpr (kThird != 0 || kFourth != 0) sum = AddProducts(sum, pairs.second, second_);
+  HWY_INLINE PairProducts()
+      : words_(Kept(forms::PairOfWeights(Word(kFirst), Word(kSecond)))),
+        rests_(Kept(forms::PairOfWeights(kFirstRest, kSecondRest))) {}
+  HWY_INLINE IntVector AddTo(IntVector sum, I16Vector pair) const {
+    if constexpr (kFirst != 0 || kSecond != 0) sum = AddProducts(sum, pair, words_);
+    if constexpr (kFirstRest != 0 || kSecondRest != 0) sum = AddProducts(sum, pair, rests_);
     return sum;
   }
 
  private:
-  IntVector first_, second_;
+  IntVector words_, rests_;
 };
+
+// Weights of both pairs.
+template <typename Weights>
+class Products {
+ public:
+  HWY_INLINE Products() {}
+  HWY_INLINE IntVector AddTo(IntVector sum, const Pairs& pairs) const {
+    return second_.AddTo(first_.AddTo(sum, pairs.first), pairs.second);
+  }
+
+ private:
+  PairProducts<Weights::Of(0), Weights::Of(1)> first_;
+  PairProducts<Weights::Of(2), Weights::Of(3)> second_;
+};
+
+#if QV_HAS_BYTE_PERMUTES
+// Weights of the bytes.
+template <typename Weights>
+class ByteProducts {
+ public:
+  HWY_INLINE ByteProducts() : weights_(Kept(forms::ThreeWeights(Weights::Of(0), Weights::Of(1), Weights::Of(2)))) {}
+  HWY_INLINE IntVector AddTo(IntVector sum, const Pairs& pairs) const {
+    return IntVector{_mm512_dpbusd_epi32(sum.raw, pairs.bytes.raw, weights_.raw)};
+  }
+
+ private:
+  IntVector weights_;
+};
+#endif
 
 // Made before the loop of a row.
 template <const forms::Form& kForm>
 class FormVectors {
+  static constexpr bool kWide = forms::IsWide(kForm);
+  static constexpr int kDigitBits = forms::DigitBits(kForm), kShift = forms::ShiftOfSum(kForm);
+  static_assert(forms::LeavesRoom(kForm));
+  struct LowDigits {
+    static constexpr int64_t Of(size_t i) { return forms::LowDigit(kForm.of[i], kDigitBits); }
+  };
+  struct HighDigits {
+    static constexpr int64_t Of(size_t i) { return kWide ? forms::HighDigit(kForm.of[i], kDigitBits) : kForm.of[i]; }
+  };
+
  public:
-  HWY_INLINE FormVectors()
-      : bias_(Kept(forms::FirstBias(kForm))),
-        high_bias_(Kept(forms::IsBiasWide(kForm) ? forms::HighDigit(kForm.bias) : 0)) {}
-  // Before the shift, or what the lower digit leaves of that.
+  static constexpr bool kInHighWords = kShift == 16;
+  HWY_INLINE FormVectors() : bias_(Kept(kForm.bias)) {}
+  // Before the shift.
   HWY_INLINE IntVector Sum(const Pairs& pairs) const {
-    if constexpr (kWide) {
-      IntVector sum = hn::ShiftRight<forms::kDigitBits>(low_.AddTo(bias_, pairs));
-      if constexpr (forms::IsBiasWide(kForm)) sum = hn::Add(sum, high_bias_);
-      return high_.AddTo(sum, pairs);
-    } else {
-      return all_.AddTo(bias_, pairs);
-    }
+    IntVector sum = bias_;
+    if constexpr (kWide) sum = hn::ShiftRight<kDigitBits>(low_.AddTo(sum, pairs));
+    return high_.AddTo(sum, pairs);
   }
+  // After it, which is left to those who take the upper words.
   HWY_INLINE IntVector Whole(IntVector sum) const {
-    constexpr int kShift = kForm.shift - (kWide ? forms::kDigitBits : 0);
     if constexpr (kForm.toward_zero) {
       const auto below_zero = hn::BitCast(U32(), hn::ShiftRight<31>(sum));
       sum = hn::Add(sum, hn::BitCast(I32(), hn::ShiftRight<32 - kShift>(below_zero)));
     }
-    return hn::ShiftRight<kShift>(sum);
+    return kInHighWords ? sum : hn::ShiftRight<kShift>(sum);
   }
 
  private:
-  static constexpr bool kWide = forms::IsWide(kForm);
-  static constexpr auto& kOf = kForm.of;
-  static constexpr auto kLow = [](size_t i) { return kWide ? forms::LowDigit(kOf[i]) : 0; };
-  static constexpr auto kHigh = [](size_t i) { return kWide ? forms::HighDigit(kOf[i]) : 0; };
-  static constexpr auto kAll = [](size_t i) { return kWide ? 0 : kOf[i]; };
-  IntVector bias_, high_bias_;
-  Products<kLow(0), kLow(1), kLow(2), kLow(3)> low_;
-  Products<kHigh(0), kHigh(1), kHigh(2), kHigh(3)> high_;
-  Products<kAll(0), kAll(1), kAll(2), kAll(3)> all_;
+#if QV_HAS_BYTE_PERMUTES
+  std::conditional_t<kDigitBits == forms::kByteDigitBits, ByteProducts<LowDigits>, Products<LowDigits>> low_;
+#else
+  Products<LowDigits> low_;
+#endif
+  Products<HighDigits> high_;
+  IntVector bias_;
 };
 
 // Real numbers with the operators of the formulas, each rounded by itself.
@@ -120,18 +156,15 @@ HWY_INLINE I16Vector EveryPair(int64_t first, int64_t second) {
   return hn::BitCast(I16(), Kept(forms::PairOfWeights(first, second)));
 }
 
-// The three rows of a matrix, kFirst, kMiddle and kLast, of what the pairs hold: (first, middle), (last, last). Where a
-// row is in doubt, by the formulas First, Middle and Last. Made before the loop of a row.
+// The three rows of a matrix, kFirst, kMiddle and kLast, of what the pairs hold. Where a row is in doubt, by the
+// formulas First, Middle and Last. Made before the loop of a row.
 template <typename Matrix>
 class MatrixVectors {
-  // One mask tells the doubt in all rows.
-  static constexpr bool SharesDoubt(const forms::Form& row) {
-    return !row.near_whole || (Matrix::kFirst.near_whole && row.shift == Matrix::kFirst.shift && forms::IsWide(row));
-  }
-  static_assert(SharesDoubt(Matrix::kFirst) && SharesDoubt(Matrix::kMiddle) && SharesDoubt(Matrix::kLast));
-
  public:
-  HWY_INLINE MatrixVectors() : doubt_(Kept(Matrix::kFirst.near_whole ? forms::DoubtBits(Matrix::kFirst) : 0)) {}
+  static constexpr bool kInHighWords = FormVectors<Matrix::kFirst>::kInHighWords &&
+                                       FormVectors<Matrix::kMiddle>::kInHighWords &&
+                                       FormVectors<Matrix::kLast>::kInHighWords;
+  HWY_INLINE MatrixVectors() : doubt_(Kept(forms::kDoubtBits)) {}
   HWY_INLINE Three operator()(const Pairs& pairs) const {
     return Rows<false>(pairs, [&]() HWY_ATTR { return NumbersOf(pairs); });
   }
@@ -141,14 +174,16 @@ class MatrixVectors {
     const IntVector first = first_.Sum(pairs), middle = middle_.Sum(pairs), last = last_.Sum(pairs);
     Three whole = {first_.Whole(first), middle_.Whole(middle), last_.Whole(last)};
     if constexpr (Matrix::kFirst.near_whole) {
-      Mask in_doubt = IsWhole(first);
-      if constexpr (Matrix::kMiddle.near_whole) in_doubt = hn::Or(in_doubt, IsWhole(middle));
-      if constexpr (Matrix::kLast.near_whole) in_doubt = hn::Or(in_doubt, IsWhole(last));
+      IntVector least = first;  // of the fractions
+      if constexpr (Matrix::kMiddle.near_whole) least = LesserWords(least, middle);
+      if constexpr (Matrix::kLast.near_whole) least = LesserWords(least, last);
+      const Mask in_doubt = IsWhole(least);
       if (HWY_UNLIKELY(!hn::AllFalse(I32(), in_doubt)) && !IsExact(pairs, in_doubt)) {
         const Three of = numbers();
         const auto settle = [&](IntVector& row, auto formula) HWY_ATTR {
           row = InReals(of, formula);
           if constexpr (kWithoutLast) row = hn::Sub(row, of.last);
+          row = hn::ShiftLeft<forms::kFractionBits>(row);
         };
         if (IsInDoubt<Matrix::kFirst>(first)) {
           settle(whole.first, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::First(x, y, z); });
@@ -169,10 +204,13 @@ class MatrixVectors {
   }
   template <typename PairsOfBlock>
   HWY_INLINE WordPlanes OfBlock(const PairsOfBlock& block) const {
-    return ByQuarters([&](auto quarter) HWY_ATTR { return (*this)(block.At(quarter)); });
+    return ByQuarters<kInHighWords>([&](auto quarter) HWY_ATTR { return (*this)(block.At(quarter)); });
   }
 
  private:
+  static HWY_INLINE IntVector LesserWords(IntVector a, IntVector b) {
+    return hn::BitCast(I32(), hn::Min(hn::BitCast(U16(), a), hn::BitCast(U16(), b)));
+  }
   using Mask = hn::Mask<I32>;
   static HWY_INLINE Mask IsZero(IntVector values) { return hn::Eq(values, hn::Zero(I32())); }
   HWY_INLINE Mask IsWhole(IntVector sum) const {
@@ -192,7 +230,7 @@ class MatrixVectors {
   template <const forms::Form& kForm>
   HWY_INLINE bool IsInDoubt(IntVector sum) const {
     Mask in_doubt = IsWhole(sum);
-    if constexpr (kForm.toward_zero) in_doubt = hn::Or(in_doubt, IsZero(hn::ShiftRight<1>(sum)));
+    if constexpr (kForm.toward_zero) in_doubt = hn::AndNot(IsZero(hn::ShiftRight<2>(sum)), in_doubt);
     return !hn::AllFalse(I32(), in_doubt);
   }
   FormVectors<Matrix::kFirst> first_;
@@ -215,7 +253,7 @@ HWY_INLINE Status MatrixRow(const uint8_t* src, uint8_t* dst, size_t width, cons
 }
 
 // A row of pixels of luma and two chromas to RGB: the clamped rows of a matrix of the second and first chroma, to which
-// luma is added. `Samples`, made of the settings, makes these of their bytes.
+// luma is added. `Samples`, made of the settings, makes these of their bytes, the chromas with kScaleBits zeros below.
 template <auto kPixel, typename Matrix, typename Samples, typename... Settings>
 HWY_INLINE Status LumaChromaRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs& args,
                                 const Settings&... settings) {
@@ -225,10 +263,10 @@ HWY_INLINE Status LumaChromaRow(const uint8_t* src, uint8_t* dst, size_t width, 
     const Samples samples(settings...);
     return BlockRow<kPixel, 3, 3>(src, dst, width, args, [&](const uint8_t* from, uint8_t* to) HWY_ATTR {
       const PixelPairs<true> block(from);
-      WordPlanes rgb = ByQuarters([&](auto quarter) HWY_ATTR {
+      WordPlanes rgb = ByQuarters<MatrixVectors<Matrix>::kInHighWords>([&](auto quarter) HWY_ATTR {
         const Pairs chromas{samples.Chromas(block.First(quarter)), hn::Zero(I16())};
         return matrix.template Rows<true>(chromas, [&]() HWY_ATTR {
-          return NumbersOf({chromas.first, samples.Luma(block.Second(quarter))});
+          return NumbersOf({hn::ShiftRight<Samples::kScaleBits>(chromas.first), samples.Luma(block.Second(quarter))});
         });
       });
       const WordPlane words = block.Last(), luma = {samples.Luma(words.lower), samples.Luma(words.upper)};

@@ -34,8 +34,6 @@ template <size_t kQuarter>
 struct PlaneOrders {
   alignas(64) static constexpr Order64 kPairs = OrderOfPairs([](size_t i) { return 16 * kQuarter + i; },
                                                              [](size_t i) { return 64 + 16 * kQuarter + i; });
-  alignas(64) static constexpr Order64 kTwice = OrderOfPairs([](size_t i) { return 16 * kQuarter + i; },
-                                                             [](size_t i) { return 16 * kQuarter + i; });
 };
 
 // Of a quarter of pixels of three bytes, read by 64 bytes: the last quarter lies at the end of those.
@@ -44,14 +42,30 @@ struct PixelOrders {
   static constexpr size_t kOffset = kQuarter == 3 ? 128 : 48 * kQuarter, kLate = 48 * kQuarter - kOffset;
   static constexpr size_t kFirst = kSwapped ? 2 : 0, kLast = 2 - kFirst;
   static constexpr auto kLastAt = [](size_t i) { return kLate + 3 * i + kLast; };
+  static constexpr auto kMiddleAt = [](size_t i) { return kLate + 3 * i + 1; };
   alignas(64) static constexpr Order64 kFirstPair = OrderOfPairs([](size_t i) { return kLate + 3 * i + kFirst; },
-                                                                 [](size_t i) { return kLate + 3 * i + 1; });
-  alignas(64) static constexpr Order64 kSecondPair = OrderOfPairs(kLastAt, kLastAt);
+                                                                 kMiddleAt);
+  alignas(64) static constexpr Order64 kSecondPair = OrderOfPairs(kLastAt, kMiddleAt);
+  alignas(64) static constexpr Order64 kBytes = [] {  // the three channels, and one of them again
+    Order64 order{};
+    for (size_t i = 0; i < 64; ++i) {
+      const size_t channel = i % 4 % 3;
+      order[i] = static_cast<uint8_t>(kLate + i / 4 * 3 + (kSwapped ? 2 - channel : channel));
+    }
+    return order;
+  }();
 };
 
 // Words are narrowed by fours: a vector of them has four pixels of one quarter after four of another. Where pixel
 // `number` of the two stands.
 constexpr size_t AmongWords(size_t number) { return number % 16 / 4 * 8 + number / 16 * 4 + number % 4; }
+
+// Numbers of the upper words of the pairs of two quarters.
+alignas(64) inline constexpr auto kHighWords = [] {
+  std::array<uint16_t, 32> order{};
+  for (size_t number = 0; number < 32; ++number) order[AmongWords(number)] = static_cast<uint16_t>(2 * number + 1);
+  return order;
+}();
 
 // Byte numbers of the words of the last channel, the first one when swapped, of two quarters as PixelOrders has them.
 template <size_t kHalf, bool kSwapped>
@@ -123,6 +137,9 @@ struct WordPlanes {
 // A quarter of a block: two pairs of channels to a pixel, and what is made of them.
 struct Pairs {
   I16Vector first, second;
+#if QV_HAS_BYTE_PERMUTES
+  ByteVector bytes = hn::Undefined(U8());  // of pixels of three bytes: these, filled up to four
+#endif
 };
 struct Three {
   IntVector first, middle, last;
@@ -138,11 +155,6 @@ HWY_INLINE I16Vector PairsOf(ByteVector first, ByteVector second) {
   const __m512i order = OrderOf(blocks::PlaneOrders<kQuarter>::kPairs);
   return I16Vector{_mm512_maskz_permutex2var_epi8(kLowBytes, first.raw, order, second.raw)};
 }
-template <size_t kQuarter>
-HWY_INLINE I16Vector PairsOf(ByteVector both) {
-  return I16Vector{_mm512_maskz_permutexvar_epi8(kLowBytes, OrderOf(blocks::PlaneOrders<kQuarter>::kTwice), both.raw)};
-}
-
 // Pixels of three bytes, clamped to 0..255.
 HWY_INLINE void StoreWords(const WordPlanes& words, uint8_t* dst) {
   using Orders = blocks::PixelsOfWords;
@@ -162,16 +174,12 @@ HWY_INLINE I16Vector PairsOf(ByteVector first, ByteVector second) {
   return hn::BitCast(
       I16(), kQuarter % 2 == 0 ? hn::InterleaveLower(U8(), pairs, zero) : hn::InterleaveUpper(U8(), pairs, zero));
 }
-template <size_t kQuarter>
-HWY_INLINE I16Vector PairsOf(ByteVector both) {
-  return PairsOf<kQuarter>(both, both);
-}
 HWY_INLINE void StoreWords(const WordPlanes& words, uint8_t* dst) {
   StorePlanes({ClampedBytes(words.first), ClampedBytes(words.middle), ClampedBytes(words.last)}, dst);
 }
 #endif
 
-// The pixels of three planes, each the pairs (first, middle) and (last, last).
+// The pixels of three planes, each the pairs (first, middle) and (last, middle).
 struct PlanePairs {
   ByteVector first, middle, last;
   template <size_t kQuarter>
@@ -180,7 +188,7 @@ struct PlanePairs {
   }
   template <size_t kQuarter>
   HWY_INLINE I16Vector Second(blocks::Quarter<kQuarter>) const {
-    return PairsOf<kQuarter>(last);
+    return PairsOf<kQuarter>(last, middle);
   }
   template <size_t kQuarter>
   HWY_INLINE Pairs At(blocks::Quarter<kQuarter> quarter) const {
@@ -206,7 +214,9 @@ class PixelPairs {
   }
   template <size_t kQuarter>
   HWY_INLINE Pairs At(blocks::Quarter<kQuarter> quarter) const {
-    return {First(quarter), Second(quarter)};
+    using Orders = blocks::PixelOrders<kQuarter, kSwapped>;
+    return {First(quarter), Second(quarter),
+            ByteVector{_mm512_permutexvar_epi8(OrderOf(Orders::kBytes), Load<kQuarter>())}};
   }
   HWY_INLINE WordPlane Last() const { return {LastOfHalf<0>(), LastOfHalf<1>()}; }
 
@@ -239,7 +249,16 @@ struct PixelPairs : PlanePairs {
 };
 #endif
 
-HWY_INLINE I16Vector Narrow(IntVector a, IntVector b) { return hn::ReorderDemote2To(I16(), a, b); }
+// Two quarters as words: clamped, or their upper words.
+template <bool kInHighWords = false>
+HWY_INLINE I16Vector Narrow(IntVector a, IntVector b) {
+  if constexpr (!kInHighWords) return hn::ReorderDemote2To(I16(), a, b);
+#if QV_HAS_BYTE_PERMUTES
+  return I16Vector{_mm512_permutex2var_epi16(a.raw, _mm512_load_si512(blocks::kHighWords.data()), b.raw)};
+#else
+  return hn::ReorderDemote2To(I16(), hn::ShiftRight<16>(a), hn::ShiftRight<16>(b));
+#endif
+}
 
 template <bool kSwapped>
 HWY_INLINE void StoreWordsInOrder(WordPlanes words, uint8_t* dst) {
@@ -259,13 +278,13 @@ HWY_INLINE Status InRgbOrder(const RowArgs& args, Row&& row) {
 }
 
 // A block by the quarters that make it up.
-template <typename OfQuarter>
+template <bool kInHighWords = false, typename OfQuarter>
 HWY_INLINE WordPlanes ByQuarters(OfQuarter&& quarter) {
   const Three a = quarter(blocks::Quarter<0>()), b = quarter(blocks::Quarter<1>()), c = quarter(blocks::Quarter<2>()),
               d = quarter(blocks::Quarter<3>());
-  return {{Narrow(a.first, b.first), Narrow(c.first, d.first)},
-          {Narrow(a.middle, b.middle), Narrow(c.middle, d.middle)},
-          {Narrow(a.last, b.last), Narrow(c.last, d.last)}};
+  return {{Narrow<kInHighWords>(a.first, b.first), Narrow<kInHighWords>(c.first, d.first)},
+          {Narrow<kInHighWords>(a.middle, b.middle), Narrow<kInHighWords>(c.middle, d.middle)},
+          {Narrow<kInHighWords>(a.last, b.last), Narrow<kInHighWords>(c.last, d.last)}};
 }
 
 }  // namespace qv::HWY_NAMESPACE

@@ -12,9 +12,9 @@ namespace {
 
 // Cb is exact in whole numbers.
 struct YCbCrOfRgb {
-  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation(0.299, 0.587, 0.114, 0),
-                                                kMiddle = {{-11059, -21709, 16384, 16384}, 0, 16, true},
-                                                kLast = forms::Approximation(0.5, -0.41869, -0.08131, 0, true);
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::OfBytes(0.299, 0.587, 0.114, 0),
+                                                kMiddle = {{-11059, -21709, 32768, 0}, 0, 16, true},
+                                                kLast = forms::OfBytes(0.5, -0.41869, -0.08131, 0, true);
   template <typename Real>
   static HWY_INLINE Real First(Real r, Real g, Real b) {
     return 0.299 * r + 0.587 * g + 0.114 * b;
@@ -68,6 +68,7 @@ Status RGBToYCbCrRow(const uint8_t* src, uint8_t* dst, size_t width, const RowAr
 
 #if QV_HAS_VECTORS
 struct YCbCrSamples {
+  static constexpr int kScaleBits = 0;
   HWY_INLINE I16Vector Chromas(I16Vector bytes) const { return hn::ShiftRight<8>(hn::ShiftLeft<8>(bytes)); }
   HWY_INLINE I16Vector Luma(I16Vector bytes) const { return bytes; }
 };

@@ -13,11 +13,11 @@ namespace {
 
 struct YiqOfRgb {
   static constexpr double kY = 255.0 / 263, kI = 255.0 / 303, kQ = 255.0 / 267;
-  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation(0.299 * kY, 0.587 * kY, 0.114 * kY, 0.5),
-                                                kMiddle = forms::Approximation(0.596 * kI, -0.274 * kI, -0.322 * kI,
-                                                                               152 * kI + 0.5),
-                                                kLast = forms::Approximation(0.212 * kQ, -0.523 * kQ, 0.311 * kQ,
-                                                                             134 * kQ + 0.5);
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::OfBytes(0.299 * kY, 0.587 * kY, 0.114 * kY, 0.5),
+                                                kMiddle = forms::OfBytes(0.596 * kI, -0.274 * kI, -0.322 * kI,
+                                                                         152 * kI + 0.5),
+                                                kLast =
+                                                    forms::OfBytes(0.212 * kQ, -0.523 * kQ, 0.311 * kQ, 134 * kQ + 0.5);
   template <typename Real>
   static HWY_INLINE Real First(Real r, Real g, Real b) {
     return (0.299 * r + 0.587 * g + 0.114 * b) / 263 * 255 + 0.5;
@@ -34,9 +34,9 @@ struct YiqOfRgb {
 
 // Of Q, I and Y once they are freed of their scales. The forms leave out Y, which is added as it is.
 struct RgbOfYiq {
-  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation<28>(0.621, 0.956, 0, 0),
-                                                kMiddle = forms::Approximation<28>(-0.647, -0.272, 0, 0),
-                                                kLast = forms::Approximation<28>(1.702, -1.105, 0, 0);
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::OfWords(0.621 / 4, 0.956 / 4),
+                                                kMiddle = forms::OfWords(-0.647 / 4, -0.272 / 4),
+                                                kLast = forms::OfWords(1.702 / 4, -1.105 / 4);
   [[maybe_unused]] static constexpr bool kExactWhereFirstPairIsZero = true;
   template <typename Real>
   static HWY_INLINE Real First(Real q, Real i, Real y) {
@@ -79,11 +79,12 @@ Status RGBToYIQRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
 // keep their floors.
 class YiqSamples {
  public:
+  static constexpr int kScaleBits = 2;
   HWY_INLINE YiqSamples()
       : full_(EveryPair(255, 255)), of_qi_(EveryPair(-17156, -19469)), of_y_(EveryPair(2057, 2057)) {}
   HWY_INLINE I16Vector Chromas(I16Vector bytes) const {
     const I16Vector negative_h = hn::Sub(full_, hn::Add(bytes, bytes));
-    return hn::Add(hn::MulFixedPoint15(negative_h, of_qi_), hn::ShiftRight<15>(negative_h));
+    return hn::ShiftLeft<2>(hn::Add(hn::MulFixedPoint15(negative_h, of_qi_), hn::ShiftRight<15>(negative_h)));
   }
   HWY_INLINE I16Vector Luma(I16Vector bytes) const { return hn::Add(bytes, hn::MulHigh(bytes, of_y_)); }
 

@@ -63,11 +63,11 @@ inline void YUVToRGBPixel(const uint8_t* src, uint8_t* dst, const RowArgs& args)
 // By the plain settings.
 struct YuvOfRgb {
   static constexpr double kU = 255.0 / 223, kV = 255.0 / 275;
-  [[maybe_unused]] static constexpr forms::Form kFirst = forms::Approximation(0.299, 0.587, 0.114, 0),
-                                                kMiddle = forms::Approximation(-0.146 * kU, -0.288 * kU, 0.434 * kU,
-                                                                               112 * kU + 0.5),
-                                                kLast = forms::Approximation(0.617 * kV, -0.517 * kV, -0.1 * kV,
-                                                                             138 * kV + 0.5);
+  [[maybe_unused]] static constexpr forms::Form kFirst = forms::OfBytes(0.299, 0.587, 0.114, 0),
+                                                kMiddle = forms::OfBytes(-0.146 * kU, -0.288 * kU, 0.434 * kU,
+                                                                         112 * kU + 0.5),
+                                                kLast =
+                                                    forms::OfBytes(0.617 * kV, -0.517 * kV, -0.1 * kV, 138 * kV + 0.5);
   template <typename Real>
   static HWY_INLINE Real First(Real r, Real g, Real b) {
     return Luma(r, g, b);
@@ -128,6 +128,7 @@ Status RGBToYUVRow(const uint8_t* src, uint8_t* dst, size_t width, const RowArgs
 // 223 b / 255, and b + 20 b / 255 for 275 b / 255, the factors rounded up, so that whole numbers keep their floors.
 class PlainYuvSamples {
  public:
+  static constexpr int kScaleBits = 0;
   HWY_INLINE PlainYuvSamples()
       : factors_(EveryPair(5141, 57312)), only_v_(EveryPair(-1, 0)), offsets_(EveryPair(138, 112)) {}
   HWY_INLINE I16Vector Chromas(I16Vector bytes) const {
@@ -144,6 +145,7 @@ class PlainYuvSamples {
 // By other settings, in reals.
 class YuvSamplesBySettings {
  public:
+  static constexpr int kScaleBits = 0;
   explicit HWY_INLINE YuvSamplesBySettings(const YuvSettings& settings)
       : settings_(settings), offsets_(EveryPair(settings.v_offset, settings.u_offset)) {}
   // Sums of such samples stay within words.
