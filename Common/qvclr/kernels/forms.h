@@ -14,7 +14,7 @@ struct Form {
   int64_t bias;
   int shift;
   bool toward_zero = false;  // instead of the floor
-  bool near_whole = false;   // wrong next to whole numbers: to be worked out in reals there
+  int doubtful = 0;          // below this fraction it may be wrong, and is to be worked out in reals: a power of two
 };
 
 // Weights beyond two 16-bit ones are taken in two digits: the floors nest. The lower digit holds the bias too, which
@@ -26,8 +26,8 @@ constexpr bool LeavesRoom(const Form& form) {
   constexpr int64_t kRoom = (int64_t{1} << 31) - (1 << 25);
   return -kRoom < form.bias && form.bias < kRoom;
 }
-constexpr int kFractionBits = 16;  // left of what is near whole numbers
-constexpr int DigitBits(const Form& form) { return form.near_whole ? form.shift - kFractionBits : 15; }
+constexpr int kFractionBits = 16;  // left to sums that may be in doubt
+constexpr int DigitBits(const Form& form) { return form.doubtful != 0 ? form.shift - kFractionBits : 15; }
 constexpr int64_t HighDigit(int64_t weight, int bits) { return (weight + (int64_t{1} << (bits - 1))) >> bits; }
 constexpr int64_t LowDigit(int64_t weight, int bits) { return weight - HighDigit(weight, bits) * (int64_t{1} << bits); }
 constexpr int ShiftOfSum(const Form& form) { return form.shift - (IsWide(form) ? DigitBits(form) : 0); }
@@ -42,8 +42,8 @@ constexpr int32_t ThreeWeights(int64_t first, int64_t second, int64_t third) {
   return static_cast<int32_t>((first & 0xFF) | (second & 0xFF) << 8 | (third & 0xFF) << 16);
 }
 
-// Whole numbers come out with a fraction below 4: there they are in doubt.
-constexpr int32_t kDoubtBits = (1 << kFractionBits) - 4;
+// None of these bits is set in a sum that is in doubt.
+constexpr int32_t DoubtBits(const Form& form) { return (1 << kFractionBits) - form.doubtful; }
 
 constexpr int64_t Scaled(double value, int bits) {
   return static_cast<int64_t>(value * static_cast<double>(int64_t{1} << bits) + (value < 0 ? -0.5 : 0.5));
@@ -68,13 +68,21 @@ constexpr Form OfBytes(double a, double b, double c, double offset, bool toward_
           Scaled(offset, kBits) + static_cast<int64_t>(255 * rounded_down) + 2,
           kBits,
           toward_zero,
-          true};
+          4};
 }
 
-// a x + b y of numbers below 2^10, with a unit added to the fraction, of which the weights are a small part off.
-constexpr Form OfWords(double a, double b) {
-  constexpr int kDigit = 15, kBits = kFractionBits + kDigit;
-  return {{Scaled(a, kBits), Scaled(b, kBits), 0, 0}, 1 << kDigit, kBits, false, true};
+// (a x + b y) / 2^kScaleBits, where x and y have been multiplied by that. To the fraction is added lean_x x + lean_y y
+// + lift, of the numbers as they were, in 65536ths: whole numbers that are right are lifted out of doubt where this is
+// at least 32, which for those that may be wrong must lie above 0 and below 31.
+template <int kScaleBits>
+constexpr Form OfWords(double a, double b, double lean_x, double lean_y, double lift) {
+  constexpr int kBits = kFractionBits + 15;
+  constexpr double kUnit = 1.0 / (1 << kFractionBits), kScale = 1 << kScaleBits;
+  return {{Scaled((a + lean_x * kUnit) / kScale, kBits), Scaled((b + lean_y * kUnit) / kScale, kBits), 0, 0},
+          Scaled(lift * kUnit, kBits),
+          kBits,
+          false,
+          32};
 }
 
 }  // namespace qv::forms

@@ -1,5 +1,7 @@
 // Matrices of a block's channels, compiled once per instruction set: their rows as affine forms in whole numbers, and
 // in reals where those are in doubt. A kernel file includes this after <hwy/foreach_target.h>.
+#include <bit>
+
 #include "qvclr/kernels/forms.h"
 #include "qvclr/kernels/pairs-inl.h"
 
@@ -160,11 +162,18 @@ HWY_INLINE I16Vector EveryPair(int64_t first, int64_t second) {
 // formulas First, Middle and Last. Made before the loop of a row.
 template <typename Matrix>
 class MatrixVectors {
+  static constexpr bool IsDoubtful(const forms::Form& row) { return row.doubtful != 0; }
+  // One mask tells the doubt in all rows.
+  static constexpr bool SharesDoubt(const forms::Form& row) {
+    return !IsDoubtful(row) || row.doubtful == Matrix::kFirst.doubtful;
+  }
+  static_assert(SharesDoubt(Matrix::kMiddle) && SharesDoubt(Matrix::kLast));
+
  public:
   static constexpr bool kInHighWords = FormVectors<Matrix::kFirst>::kInHighWords &&
                                        FormVectors<Matrix::kMiddle>::kInHighWords &&
                                        FormVectors<Matrix::kLast>::kInHighWords;
-  HWY_INLINE MatrixVectors() : doubt_(Kept(forms::kDoubtBits)) {}
+  HWY_INLINE MatrixVectors() : doubt_(Kept(forms::DoubtBits(Matrix::kFirst))) {}
   HWY_INLINE Three operator()(const Pairs& pairs) const {
     return Rows<false>(pairs, [&]() HWY_ATTR { return NumbersOf(pairs); });
   }
@@ -173,10 +182,10 @@ class MatrixVectors {
   HWY_INLINE Three Rows(const Pairs& pairs, Numbers&& numbers) const {
     const IntVector first = first_.Sum(pairs), middle = middle_.Sum(pairs), last = last_.Sum(pairs);
     Three whole = {first_.Whole(first), middle_.Whole(middle), last_.Whole(last)};
-    if constexpr (Matrix::kFirst.near_whole) {
+    if constexpr (IsDoubtful(Matrix::kFirst)) {
       IntVector least = first;  // of the fractions
-      if constexpr (Matrix::kMiddle.near_whole) least = LesserWords(least, middle);
-      if constexpr (Matrix::kLast.near_whole) least = LesserWords(least, last);
+      if constexpr (IsDoubtful(Matrix::kMiddle)) least = LesserWords(least, middle);
+      if constexpr (IsDoubtful(Matrix::kLast)) least = LesserWords(least, last);
       const Mask in_doubt = IsWhole(least);
       if (HWY_UNLIKELY(!hn::AllFalse(I32(), in_doubt)) && !IsExact(pairs, in_doubt)) {
         const Three of = numbers();
@@ -188,12 +197,12 @@ class MatrixVectors {
         if (IsInDoubt<Matrix::kFirst>(first)) {
           settle(whole.first, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::First(x, y, z); });
         }
-        if constexpr (Matrix::kMiddle.near_whole) {
+        if constexpr (IsDoubtful(Matrix::kMiddle)) {
           if (IsInDoubt<Matrix::kMiddle>(middle)) {
             settle(whole.middle, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::Middle(x, y, z); });
           }
         }
-        if constexpr (Matrix::kLast.near_whole) {
+        if constexpr (IsDoubtful(Matrix::kLast)) {
           if (IsInDoubt<Matrix::kLast>(last)) {
             settle(whole.last, [](Reals x, Reals y, Reals z) HWY_ATTR { return Matrix::Last(x, y, z); });
           }
@@ -230,7 +239,9 @@ class MatrixVectors {
   template <const forms::Form& kForm>
   HWY_INLINE bool IsInDoubt(IntVector sum) const {
     Mask in_doubt = IsWhole(sum);
-    if constexpr (kForm.toward_zero) in_doubt = hn::AndNot(IsZero(hn::ShiftRight<2>(sum)), in_doubt);
+    if constexpr (kForm.toward_zero)
+      in_doubt =
+          hn::AndNot(IsZero(hn::ShiftRight<std::countr_zero(static_cast<unsigned>(kForm.doubtful))>(sum)), in_doubt);
     return !hn::AllFalse(I32(), in_doubt);
   }
   FormVectors<Matrix::kFirst> first_;
