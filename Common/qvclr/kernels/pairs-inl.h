@@ -280,11 +280,16 @@ HWY_INLINE Status InRgbOrder(const RowArgs& args, Row&& row) {
 // A block by the quarters that make it up.
 template <bool kInHighWords = false, typename OfQuarter>
 HWY_INLINE WordPlanes ByQuarters(OfQuarter&& quarter) {
-  const Three a = quarter(blocks::Quarter<0>()), b = quarter(blocks::Quarter<1>()), c = quarter(blocks::Quarter<2>()),
-              d = quarter(blocks::Quarter<3>());
-  return {{Narrow<kInHighWords>(a.first, b.first), Narrow<kInHighWords>(c.first, d.first)},
-          {Narrow<kInHighWords>(a.middle, b.middle), Narrow<kInHighWords>(c.middle, d.middle)},
-          {Narrow<kInHighWords>(a.last, b.last), Narrow<kInHighWords>(c.last, d.last)}};
+  WordPlanes rows;
+  const Three a = quarter(blocks::Quarter<0>()), b = quarter(blocks::Quarter<1>());
+  rows.first.lower = Narrow<kInHighWords>(a.first, b.first);
+  rows.middle.lower = Narrow<kInHighWords>(a.middle, b.middle);
+  rows.last.lower = Narrow<kInHighWords>(a.last, b.last);
+  const Three c = quarter(blocks::Quarter<2>()), d = quarter(blocks::Quarter<3>());
+  rows.first.upper = Narrow<kInHighWords>(c.first, d.first);
+  rows.middle.upper = Narrow<kInHighWords>(c.middle, d.middle);
+  rows.last.upper = Narrow<kInHighWords>(c.last, d.last);
+  return rows;
 }
 
 }  // namespace qv::HWY_NAMESPACE
