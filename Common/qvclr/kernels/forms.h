@@ -49,26 +49,31 @@ constexpr int64_t Scaled(double value, int bits) {
   return static_cast<int64_t>(value * static_cast<double>(int64_t{1} << bits) + (value < 0 ? -0.5 : 0.5));
 }
 
-// a x + b y + c z + offset of bytes, in pairs (x, y) and (z, y); the lower digits are bytes as well. Each weight is
-// half a unit off at most. With what the bias adds for those that were rounded down, a whole number never comes out too
-// small, and too great by less than 386 of these units, where a fraction of 4 has 512.
+// a x + b y + c z + offset of bytes, in pairs (x, y) and (z, y); the lower digits are bytes as well. The weights are
+// rounded to one side, so that no whole sum errs more than one of 255s, of white. The bias sets this just clear of
+// doubt, where it is right: a fraction of 4 above; or just below, toward zero, since it is not positive. All the others
+// lie between.
 constexpr int kByteDigitBits = 7;
 constexpr Form OfBytes(double a, double b, double c, double offset, bool toward_zero = false) {
-  constexpr int kBits = kFractionBits + kByteDigitBits;
-  double rounded_down = 0;
-  const auto scaled = [&](double weight) {
-    const int64_t whole = Scaled(weight, kBits);
-    rounded_down += std::max(0.0, weight * (1 << kBits) - static_cast<double>(whole));
+  constexpr int kBits = kFractionBits + kByteDigitBits, kDoubtful = 4;
+  double bias = toward_zero ? -1 : kDoubtful << kByteDigitBits;
+  const auto scaled = [&](double weight) {  // rounded up, or down toward zero
+    const double exact = weight * (1 << kBits);
+    auto whole = static_cast<int64_t>(exact);
+    if (toward_zero && exact < static_cast<double>(whole)) --whole;
+    if (!toward_zero && exact > static_cast<double>(whole)) ++whole;
+    bias += 255 * (exact - static_cast<double>(whole));
     return whole;
   };
   const int64_t of_x = scaled(a), of_y = scaled(b), of_z = scaled(c);
   const bool fits = -0.5 < b && b < 0.5;
   const int64_t of_second_y = fits ? 0 : HighDigit(of_y / 2, kByteDigitBits) * (1 << kByteDigitBits);
+  const bool has_offset = offset != 0;  // and so no whole sum of 255s
   return {{of_x, of_y - of_second_y, of_z, of_second_y},
-          Scaled(offset, kBits) + static_cast<int64_t>(255 * rounded_down) + 2,
+          Scaled(offset, kBits) + Scaled(bias, 0) - (has_offset ? 1 : 0),
           kBits,
           toward_zero,
-          4};
+          kDoubtful};
 }
 
 // (a x + b y) / 2^kScaleBits, where x and y have been multiplied by that. To the fraction is added lean_x x + lean_y y
