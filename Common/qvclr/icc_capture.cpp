@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 #include "qvclr/icc_engine.h"
 #include "qvclr/icc_grid.h"
+#include "qvclr/icc_shaper.h"
 
 namespace qv {
 namespace {
@@ -41,6 +43,13 @@ cmsInterpFunction FindInterpolator(cmsUInt32Number inputs, cmsUInt32Number /*out
   if (inputs == 3) found.Lerp16 = Interpolate<3>;
   if (inputs == 4) found.Lerp16 = Interpolate<4>;
   return found;
+}
+
+// Looks at what the engine is about to optimize, last of all at the transform itself, and leaves it alone.
+cmsBool LookAt(cmsPipeline** pipeline, cmsUInt32Number /*intent*/, cmsUInt32Number* /*in*/, cmsUInt32Number* /*out*/,
+               cmsUInt32Number* /*flags*/) {
+  if (IccShaper* shaper = Engine::Of(cmsGetPipelineContextID(*pipeline)).shaper) FillShaper(*pipeline, shaper);
+  return FALSE;
 }
 
 const cmsInterpParams* ParamsOf(cmsStage* stage) {
@@ -90,21 +99,58 @@ bool RoundsAlike(cmsContext context, size_t inputs, uint32_t slack) {
   });
 }
 
-// Pixels go through both the engine's transform and the grid.
-class Trial {
+// Pixels go through both the engine's transform and what stands in for it, row(src, dst, pixels).
+template <typename Row>
+class Comparison {
  public:
-  Trial(cmsHTRANSFORM transform, IccGrid& grid) : transform_(transform), grid_(grid) {}
+  Comparison(cmsHTRANSFORM transform, size_t inputs, size_t outputs, Row row)
+      : transform_(transform), inputs_(inputs), outputs_(outputs), row_(row) {}
+
+  void Add(uint32_t value) {
+    in_[used_++] = static_cast<uint8_t>(value);
+    if (used_ == kPixels * inputs_) Compare();
+  }
+  // All that was added since the last time.
+  bool Passes() {
+    Compare();
+    return std::exchange(equal_, true);
+  }
 
   // All over the space, a quarter of the values at the ends and at nodes.
   bool PassesScattered() {
     uint32_t state = 1;
-    for (size_t i = 0; i < 4096 * grid_.inputs; ++i) {
+    for (size_t i = 0; i < 4096 * inputs_; ++i) {
       state = state * 1664525 + 1013904223;
       const uint32_t kind = state >> 30, value = state >> 20 & 255;
       Add(kind != 0 ? value : value % 2 == 0 ? value / 16 * 17 : value < 128 ? 0 : 255);
     }
     return Passes();
   }
+
+ private:
+  void Compare() {
+    const size_t pixels = used_ / inputs_;
+    cmsDoTransform(transform_, in_, by_engine_, static_cast<cmsUInt32Number>(pixels));
+    row_(in_, by_row_, pixels);
+    equal_ = equal_ && std::equal(by_engine_, by_engine_ + pixels * outputs_, by_row_);
+    used_ = 0;
+  }
+
+  static constexpr size_t kPixels = 1000;
+  cmsHTRANSFORM transform_;
+  size_t inputs_, outputs_;
+  Row row_;
+  bool equal_ = true;
+  size_t used_ = 0;
+  uint8_t in_[4 * kPixels], by_engine_[4 * kPixels], by_row_[4 * kPixels];
+};
+
+// A grid's pixels.
+class Trial {
+ public:
+  Trial(cmsHTRANSFORM transform, IccGrid& grid) : grid_(grid), pixels_(transform, grid.inputs, grid.outputs, {grid}) {}
+
+  bool PassesScattered() { return pixels_.PassesScattered(); }
 
   // Every pixel for which a steep cell is used, of which there must not be too many. Marks cells where the engine's
   // sums do overflow.
@@ -114,7 +160,6 @@ class Trial {
       if (PassesCell(nodes, allowed)) return true;
       if (grid_.inputs != 3 || grid_.outputs != 3) return false;
       MarkCell(&grid_, nodes);
-      equal_ = true;
       return PassesCell(nodes, allowed);
     });
   }
@@ -138,7 +183,7 @@ class Trial {
     if (pixels > allowed) return false;
     allowed -= pixels;
     for (size_t p = 0; p < pixels; ++p) AddPixel(values, p);
-    return Passes();
+    return pixels_.Passes();
   }
 
   void AddPixel(const Values (&values)[4], size_t number) {
@@ -149,31 +194,15 @@ class Trial {
       number /= count;
     }
     if (grid_.swaps_input) std::swap(pixel[1], pixel[3]);
-    for (size_t k = 4 - grid_.inputs; k < 4; ++k) Add(pixel[k]);
+    for (size_t k = 4 - grid_.inputs; k < 4; ++k) pixels_.Add(pixel[k]);
   }
 
-  void Add(uint32_t value) {
-    in_[used_++] = static_cast<uint8_t>(value);
-    if (used_ == kPixels * grid_.inputs) Compare();
-  }
-  void Compare() {
-    const size_t pixels = used_ / grid_.inputs;
-    cmsDoTransform(transform_, in_, by_engine_, static_cast<cmsUInt32Number>(pixels));
-    GridRow(grid_, in_, by_grid_, pixels);
-    equal_ = equal_ && std::equal(by_engine_, by_engine_ + pixels * grid_.outputs, by_grid_);
-    used_ = 0;
-  }
-  bool Passes() {
-    Compare();
-    return equal_;
-  }
-
-  static constexpr size_t kPixels = 1000;
-  cmsHTRANSFORM transform_;
+  struct Row {
+    const IccGrid& grid;
+    void operator()(const uint8_t* src, uint8_t* dst, size_t pixels) const { GridRow(grid, src, dst, pixels); }
+  };
   IccGrid& grid_;
-  bool equal_ = true;
-  size_t used_ = 0;
-  uint8_t in_[4 * kPixels], by_engine_[4 * kPixels], by_grid_[4 * kPixels];
+  Comparison<Row> pixels_;
 };
 
 }  // namespace
@@ -186,7 +215,9 @@ void PrepareCapture(cmsContext context) {
   }
   cmsPluginInterpolation plugin{{cmsPluginMagicNumber, kVersionOfPlugins, cmsPluginInterpolationSig, nullptr},
                                 FindInterpolator};
-  cmsPluginTHR(context, &plugin);
+  cmsPluginOptimization optimization{{cmsPluginMagicNumber, kVersionOfPlugins, cmsPluginOptimizationSig, &plugin.base},
+                                     LookAt};
+  cmsPluginTHR(context, &optimization);
 }
 
 Status CaptureGrid(cmsContext context, cmsHTRANSFORM transform, IccGrid* grid) {
@@ -207,6 +238,21 @@ Status CaptureGrid(cmsContext context, cmsHTRANSFORM transform, IccGrid* grid) {
   Trial trial(transform, *grid);
   if (!trial.PassesScattered() || !trial.PassesSteep(steep)) EmptyGrid(grid);
   return kSuccess;
+}
+
+void CaptureShaper(cmsHTRANSFORM transform, IccShaper* shaper) {
+  if (shaper->kind == IccShaper::Kind::kChannels) {
+    for (size_t value = 0; value < 256; ++value) {
+      const uint8_t in[3] = {static_cast<uint8_t>(value), static_cast<uint8_t>(value), static_cast<uint8_t>(value)};
+      uint8_t out[3];
+      cmsDoTransform(transform, in, out, 1);
+      if (shaper->swaps_output) std::swap(out[0], out[2]);
+      for (size_t c = 0; c < 3; ++c) shaper->bytes[c][value] = out[c];
+    }
+  }
+  if (shaper->kind == IccShaper::Kind::kNone) return;
+  const auto row = [shaper](const uint8_t* src, uint8_t* dst, size_t pixels) { ShaperRow(*shaper, src, dst, pixels); };
+  if (!Comparison(transform, 3, 3, row).PassesScattered()) shaper->kind = IccShaper::Kind::kNone;
 }
 
 }  // namespace qv

@@ -1,4 +1,5 @@
-// Finds the grid that the engine evaluates in a transform, and makes one of the library's own of it.
+// Finds what the engine evaluates in a transform, a grid or curves and a matrix, and makes one of the library's own of
+// it.
 #pragma once
 
 #include <lcms2.h>
@@ -8,12 +9,17 @@
 namespace qv {
 
 struct IccGrid;
+struct IccShaper;
 
-// Both within Engine::Enter. The context's transforms can be looked into when they are made after this.
+// All within Engine::Enter. The context's transforms can be looked into when they are made after this.
 void PrepareCapture(cmsContext context);
 
 // Leaves `quads` null unless the transform's whole work is one interpolation, which the grid then gives the same bytes
 // as: shown by the rounding of the engine's interpolation and by several thousand pixels. kNoMemory.
 Status CaptureGrid(cmsContext context, cmsHTRANSFORM transform, IccGrid* grid);
+
+// Completes what the engine's context was told to fill while it made the transform. Its kind is kNone unless it gives
+// the same bytes, shown by several thousand pixels.
+void CaptureShaper(cmsHTRANSFORM transform, IccShaper* shaper);
 
 }  // namespace qv

@@ -38,16 +38,14 @@ void* Engine::Allocate(size_t bytes) {
 
 // What the engine calls.
 struct Engine::Handlers {
-  static void* Malloc(cmsContext context, cmsUInt32Number bytes) {
-    return static_cast<Engine*>(cmsGetContextUserData(context))->Allocate(bytes);
-  }
+  static void* Malloc(cmsContext context, cmsUInt32Number bytes) { return Of(context).Allocate(bytes); }
 
   static void Free(cmsContext context, void* memory) {
-    auto* engine = static_cast<Engine*>(cmsGetContextUserData(context));
+    Engine& engine = Of(context);
     auto* bytes = static_cast<std::byte*>(memory);
-    if (!memory || (bytes >= engine->reserve_ && bytes < std::end(engine->reserve_))) return;
+    if (!memory || (bytes >= engine.reserve_ && bytes < std::end(engine.reserve_))) return;
     Block* block = static_cast<Block*>(memory) - 1;
-    (block->previous ? block->previous->next : engine->blocks_) = block->next;
+    (block->previous ? block->previous->next : engine.blocks_) = block->next;
     if (block->next) block->next->previous = block->previous;
     Release(block);
   }

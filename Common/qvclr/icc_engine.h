@@ -14,6 +14,8 @@
 
 namespace qv {
 
+struct IccShaper;
+
 // Of the engine's plug-in interface: what every plug-in names.
 inline constexpr cmsUInt32Number kVersionOfPlugins = 2000;
 
@@ -26,6 +28,10 @@ class Engine {
   static void Close(Engine* engine);  // with everything that it handed out; null is allowed
 
   cmsContext context() const { return context_; }
+  static Engine& Of(cmsContext context) { return *static_cast<Engine*>(cmsGetContextUserData(context)); }
+
+  // Told of what the transforms to be made are about to evaluate. Null if nobody asks.
+  IccShaper* shaper = nullptr;
 
   // Runs `work`, which returns a status and owns nothing, inside the engine. kNoMemory when an allocation fails in
   // there, kProfileOpen for one that is too large; the engine is then fit for nothing but Close.

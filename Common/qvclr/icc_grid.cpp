@@ -29,8 +29,6 @@ CornerWeights WeightsOfDigit(uint32_t x, uint32_t y, uint32_t z) {
 
 uint32_t SecondDigit(uint32_t rest) { return rest + (rest >> 7); }
 
-uint8_t ByteOf(uint32_t colour) { return static_cast<uint8_t>((colour * 65281 + 8388608) >> 24); }
-
 struct Place {
   size_t node;
   uint8_t rest;

@@ -58,6 +58,9 @@ void EmptyGrid(IccGrid* grid);
 // only.
 void MarkCell(IccGrid* grid, const Nodes& nodes);
 
+// As the engine rounds 16 bits.
+constexpr uint8_t ByteOf(uint32_t colour) { return static_cast<uint8_t>((colour * 65281 + 8388608) >> 24); }
+
 // The definition, one pixel at a time.
 void GridPixel(const IccGrid& grid, const uint8_t* src, uint8_t* dst);
 // `src` may be `dst` when the pixels have equal sizes.

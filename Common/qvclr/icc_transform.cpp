@@ -36,7 +36,7 @@ cmsHTRANSFORM Link(cmsContext context, const IccSide& in, cmsHPROFILE in_profile
 
 // Leaves to the engine what it holds when it fails.
 Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out, const WhitePoint& white_point,
-                    IccGrid* grid, void** transform) {
+                    IccGrid* grid, IccShaper* shaper, void** transform) {
   PrepareCapture(context);
   cmsHPROFILE in_profile = OpenProfile(context, in);
   cmsHPROFILE out_profile = OpenProfile(context, out);
@@ -51,6 +51,12 @@ Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out, c
   if (!*transform) return kProfileOpen;
   grid->swaps_input = T_DOSWAP(in.space->icc_format) != 0;
   grid->swaps_output = T_DOSWAP(out.space->icc_format) != 0;
+  if (shaper) {
+    shaper->swaps_input = grid->swaps_input;
+    shaper->swaps_output = grid->swaps_output;
+    CaptureShaper(*transform, shaper);
+    if (shaper->kind != IccShaper::Kind::kNone) return kSuccess;
+  }
   return CaptureGrid(context, *transform, grid);
 }
 
@@ -59,14 +65,23 @@ Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out, c
 Status IccTransform::Make(const IccSide& in, const IccSide& out, const WhitePoint& white, IccTransform** made) {
   auto result = New<IccTransform>();
   EngineOwner engine(Engine::Open());
-  if (!result || !engine) return kNoMemory;
-  const Status status = Engine::Enter(
-      [&] { return MakeInEngine(engine->context(), in, out, white, &result->grid_, &result->transform_); });
+  const bool may_be_shaper = IsRgb(*in.space) && IsRgb(*out.space);
+  Owned<IccShaper> shaper = may_be_shaper ? New<IccShaper>() : nullptr;
+  if (!result || !engine || (may_be_shaper && !shaper)) return kNoMemory;
+  engine->shaper = shaper.get();
+  const Status status = Engine::Enter([&] {
+    return MakeInEngine(engine->context(), in, out, white, &result->grid_, shaper.get(), &result->transform_);
+  });
   if (!Ok(status)) {
     EmptyGrid(&result->grid_);
     return status;
   }
-  if (!result->grid_.quads) result->engine_ = engine.release();
+  if (shaper && shaper->kind != IccShaper::Kind::kNone) {
+    result->shaper_ = shaper.release();
+  } else if (!result->grid_.quads) {
+    engine->shaper = nullptr;
+    result->engine_ = engine.release();
+  }
   result->holders_ = 1;
   *made = result.release();
   return kSuccess;
@@ -83,12 +98,14 @@ void IccTransform::Delete(IccTransform* transform) {
   const SectionGuard guard(TheLibrary().section);
   if (--transform->holders_ > 0) return TheLibrary().shared_transforms.Trim(kept_transforms.load());
   EmptyGrid(&transform->grid_);
+  Release(transform->shaper_);
   Engine::Close(transform->engine_);
   Release(transform);
 }
 
 void IccTransform::Run(const uint8_t* src, uint8_t* dst, size_t pixels) const {
   if (grid_.quads) return GridRow(grid_, src, dst, pixels);
+  if (shaper_) return ShaperRow(*shaper_, src, dst, pixels);
   cmsDoTransform(transform_, src, dst, static_cast<cmsUInt32Number>(pixels));
 }
 

@@ -6,6 +6,7 @@
 
 #include "base/status.h"
 #include "qvclr/icc_grid.h"
+#include "qvclr/icc_shaper.h"
 #include "qvclr/white_point.h"
 
 namespace qv {
@@ -31,15 +32,16 @@ class IccTransform {
   static void Delete(IccTransform* transform);  // for one holder; null is allowed
   size_t Holders() const { return holders_; }   // within the section
 
-  const IccGrid& grid() const { return grid_; }  // without quads where the engine itself converts
+  bool RunsInEngine() const { return engine_ != nullptr; }
 
   // `src` may be `dst` when the pixels have equal sizes.
   void Run(const uint8_t* src, uint8_t* dst, size_t pixels) const;
 
  private:
   size_t holders_;
-  IccGrid grid_;    // where it has quads, all that the transform needs
-  Engine* engine_;  // else an instance of its own, with which the engine's transform goes
+  IccGrid grid_;       // where it has quads, all that the transform needs
+  IccShaper* shaper_;  // or where there is one
+  Engine* engine_;     // else an instance of its own, with which the engine's transform goes
   void* transform_;
 };
 

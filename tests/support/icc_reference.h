@@ -36,6 +36,16 @@ inline cmsHPROFILE OpenProfile(const Bytes& profile) {
   return cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size()));
 }
 
+// Closes it.
+inline Bytes SavedProfile(cmsHPROFILE profile) {
+  cmsUInt32Number size = 0;
+  EXPECT_TRUE(cmsSaveProfileToMem(profile, nullptr, &size));
+  Bytes bytes(size);
+  EXPECT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &size));
+  cmsCloseProfile(profile);
+  return bytes;
+}
+
 inline Bytes ConvertedByEngine(const IccSide& from, const Bytes& from_profile, const IccSide& to,
                                const Bytes& to_profile, const Bytes& source) {
   cmsHPROFILE in = OpenProfile(from_profile), out = OpenProfile(to_profile);
@@ -62,12 +72,7 @@ inline Bytes AlteredProfile(const IccSide& side, double factor, double version =
     EXPECT_TRUE(stage && cmsStageSampleCLut16bit(stage, scale, &factor, 0)) << side.file;
   }
   cmsSetProfileVersion(profile, version);
-  cmsUInt32Number size = 0;
-  EXPECT_TRUE(cmsSaveProfileToMem(profile, nullptr, &size));
-  Bytes bytes(size);
-  EXPECT_TRUE(cmsSaveProfileToMem(profile, bytes.data(), &size));
-  cmsCloseProfile(profile);
-  return bytes;
+  return SavedProfile(profile);
 }
 
 }  // namespace qv_test

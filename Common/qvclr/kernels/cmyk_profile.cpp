@@ -79,12 +79,6 @@ struct YCbCrOfInks {
 // What Cr and Cb add to luma for the complement of M.
 constexpr forms::Form kGreen = {{-23401, -11277, 0, 0}, 16384, 15};
 
-// A quarter of two channels.
-template <size_t kQuarter>
-HWY_INLINE I16Vector PairsOfWords(const Words& first, const Words& second) {
-  const WordVector a = kQuarter < 2 ? first.lower : first.upper, b = kQuarter < 2 ? second.lower : second.upper;
-  return hn::BitCast(I16(), kQuarter % 2 == 0 ? hn::InterleaveLower(U16(), a, b) : hn::InterleaveUpper(U16(), a, b));
-}
 HWY_INLINE ByteVector BytesOf(const WordPlane& words) {
   return BytesOf(Words{hn::BitCast(U16(), words.lower), hn::BitCast(U16(), words.upper)});
 }

@@ -56,6 +56,13 @@ HWY_INLINE Words ForWords(Function&& function, const Words& first, const More&..
   return {function(first.lower, more.lower...), function(first.upper, more.upper...)};
 }
 
+// A quarter of two channels, in pairs.
+template <size_t kQuarter>
+HWY_INLINE hn::Vec<I16> PairsOfWords(const Words& first, const Words& second) {
+  const WordVector a = kQuarter < 2 ? first.lower : first.upper, b = kQuarter < 2 ? second.lower : second.upper;
+  return hn::BitCast(I16(), kQuarter % 2 == 0 ? hn::InterleaveLower(U16(), a, b) : hn::InterleaveUpper(U16(), a, b));
+}
+
 // Words up to 32767, those above 255 as 255.
 HWY_INLINE ByteVector BytesOf(const Words& words) { return PackedBytes(words.lower, words.upper); }
 HWY_INLINE ByteVector LowBytesOf(const Words& words) {

@@ -21,6 +21,17 @@ using Side = qv_test::IccSide;
 
 Bytes Installed(const char* name) { return Contents(std::filesystem::path(QV_PROFILES) / name); }
 
+// Each channel by a curve of its own.
+Bytes UnevenRgbProfile() {
+  const cmsCIExyY white = {0.3127, 0.329, 1};
+  const cmsCIExyYTRIPLE primaries = {{0.7, 0.29, 1}, {0.2, 0.75, 1}, {0.14, 0.05, 1}};
+  cmsToneCurve* curves[3];
+  for (int c = 0; c < 3; ++c) curves[c] = cmsBuildGamma(nullptr, 1 + 0.7 * c);
+  cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
+  cmsFreeToneCurveTriple(curves);
+  return SavedProfile(profile);
+}
+
 struct DeleteTransform {
   void operator()(IccTransform* transform) const { IccTransform::Delete(transform); }
 };
@@ -34,24 +45,25 @@ TransformPtr MakeTransform(const Side& from, const Bytes& from_profile, const Si
 }
 
 // On every instruction set; the length leaves a part of a block.
-void ExpectRuns(const IccTransform& transform, const Bytes& source, const Bytes& expected) {
+void ExpectRuns(const IccTransform& transform, const Bytes& source, size_t pixels, const Bytes& expected) {
   Bytes target(expected.size());
   for (const int64_t instructions : hwy::SupportedAndGeneratedTargets()) {
     hwy::SetSupportedTargetsForTest(instructions);
     std::ranges::fill(target, uint8_t{0});
-    transform.Run(source.data(), target.data(), source.size() / (transform.grid().inputs == 4 ? 4 : 3));
+    transform.Run(source.data(), target.data(), pixels);
     EXPECT_TRUE(target == expected) << hwy::TargetName(instructions);
     if (source.size() != target.size()) continue;
     target = source;
-    transform.Run(target.data(), target.data(), source.size() / transform.grid().inputs);
+    transform.Run(target.data(), target.data(), pixels);
     EXPECT_TRUE(target == expected) << hwy::TargetName(instructions) << " in place";
   }
   hwy::SetSupportedTargetsForTest(0);
 }
 
-TEST(IccGrid, GivesTheEnginesBytes) {
+TEST(IccTransform, GivesTheEnginesBytes) {
   const Bytes srgb = BuiltInProfile(kRgb), cmyk = BuiltInProfile(kCmyk), lab = BuiltInProfile(kLab);
-  const Bytes cmy = BuiltInProfile(kCmy), adobe = Installed("compatibleWithAdobeRGB1998.icc");
+  const Bytes cmy = BuiltInProfile(kCmy), adobe = Installed("compatibleWithAdobeRGB1998.icc"),
+              uneven = UnevenRgbProfile();
   const struct {
     const Side &from, &to;
     const Bytes &from_profile, &to_profile;
@@ -65,21 +77,28 @@ TEST(IccGrid, GivesTheEnginesBytes) {
                 {kCmyk, kRgb, cmyk, srgb},
                 {kCmyk, kBgr, cmyk, adobe},
                 {kCmyk, kCmyk, cmyk, cmyk},
-                {kLab, kRgb, Installed("ITULab.icc"), srgb}};
+                {kLab, kRgb, Installed("ITULab.icc"), srgb},
+                {kRgb, kBgr, srgb, srgb},
+                {kBgr, kRgb, adobe, srgb},
+                {kRgb, kBgr, uneven, uneven},
+                {kRgb, kBgr, uneven, adobe},
+                {kBgr, kRgb, srgb, uneven}};
   for (const auto& pair : kPairs) {
     SCOPED_TRACE(testing::Message() << pair.from.space << " to " << pair.to.space);
-    Bytes source = RandomBytes(pair.from.pixel * 300007);
+    constexpr size_t kPixels = 300007;
+    Bytes source = RandomBytes(pair.from.pixel * kPixels);
     for (size_t i = 0; i < source.size() / 2; ++i) {  // ends and nodes
       if (i % 3 == 0) source[i] = static_cast<uint8_t>(source[i] % 18 * 15);
     }
     const TransformPtr transform = MakeTransform(pair.from, pair.from_profile, pair.to, pair.to_profile);
-    ASSERT_TRUE(transform && transform->grid().quads);
-    ExpectRuns(*transform, source, ConvertedByEngine(pair.from, pair.from_profile, pair.to, pair.to_profile, source));
+    ASSERT_TRUE(transform && !transform->RunsInEngine());
+    ExpectRuns(*transform, source, kPixels,
+               ConvertedByEngine(pair.from, pair.from_profile, pair.to, pair.to_profile, source));
   }
 }
 
 // Neighbouring nodes at opposite ends: the engine's own sums overflow, and no grid is made.
-TEST(IccGrid, LeavesWildTablesToTheEngine) {
+TEST(IccTransform, LeavesWildTablesToTheEngine) {
   cmsHPROFILE profile = OpenProfile(BuiltInProfile(kLab));
   auto* stage = cmsPipelineGetPtrToFirstStage(static_cast<cmsPipeline*>(cmsReadTag(profile, cmsSigAToB0Tag)));
   while (stage && cmsStageType(stage) != cmsSigCLutElemType) stage = cmsStageNext(stage);
@@ -88,15 +107,11 @@ TEST(IccGrid, LeavesWildTablesToTheEngine) {
     return TRUE;
   };
   ASSERT_TRUE(stage && cmsStageSampleCLut16bit(stage, alternate, nullptr, 0));
-  cmsUInt32Number size = 0;
-  cmsSaveProfileToMem(profile, nullptr, &size);
-  Bytes wild(size);
-  cmsSaveProfileToMem(profile, wild.data(), &size);
-  cmsCloseProfile(profile);
+  const Bytes wild = SavedProfile(profile);
   const Bytes srgb = BuiltInProfile(kRgb), source = RandomBytes(3 * 10000);
   const TransformPtr transform = MakeTransform(kLab, wild, kRgb, srgb);
-  EXPECT_FALSE(transform->grid().quads);
-  ExpectRuns(*transform, source, ConvertedByEngine(kLab, wild, kRgb, srgb, source));
+  EXPECT_TRUE(transform->RunsInEngine());
+  ExpectRuns(*transform, source, source.size() / 3, ConvertedByEngine(kLab, wild, kRgb, srgb, source));
 }
 
 // Colours of 16 bits next to the places where rounding turns: a sum just short of them is rounded up below the cell's
