@@ -38,7 +38,7 @@ bool FillEncoded(const cmsToneCurve* curve, std::array<uint8_t, kSize>& encoded)
     const float light = static_cast<float>(static_cast<double>(i) / IccShaper::kOne);
     const double value = cmsEvalToneCurveFloat(curve, light);
     if (std::isnan(value)) return false;
-    encoded[i] = ByteOf(static_cast<uint32_t>(std::clamp(value, 0.0, 1.0) * 65535.0 + 0.5));
+    encoded[i] = ByteOf(static_cast<uint32_t>(std::floor(std::clamp(value, 0.0, 1.0) * 65535.0 + 0.5)));
   }
   return true;
 }

@@ -238,10 +238,9 @@ class MatrixVectors {
   // Toward zero, either side of it gives zero.
   template <const forms::Form& kForm>
   HWY_INLINE bool IsInDoubt(IntVector sum) const {
+    constexpr int kBits = std::countr_zero(static_cast<unsigned>(kForm.doubtful));
     Mask in_doubt = IsWhole(sum);
-    if constexpr (kForm.toward_zero)
-      in_doubt =
-          hn::AndNot(IsZero(hn::ShiftRight<std::countr_zero(static_cast<unsigned>(kForm.doubtful))>(sum)), in_doubt);
+    if constexpr (kForm.toward_zero) in_doubt = hn::AndNot(IsZero(hn::ShiftRight<kBits>(sum)), in_doubt);
     return !hn::AllFalse(I32(), in_doubt);
   }
   FormVectors<Matrix::kFirst> first_;
