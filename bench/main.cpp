@@ -7,6 +7,7 @@
 
 #include "Qvclr15x.h"
 #include "measure.h"
+#include "qvclr/icc_transform.h"
 #include "qvclr/library.h"
 #include "qvclr/tables.h"
 
@@ -21,10 +22,11 @@ constexpr struct {
                {{1920, 1080}, Content::kPhoto}, {{1920, 1080}, Content::kRandom}, {{4000, 3000}, Content::kPhoto},
                {{4000, 3000}, Content::kRandom}};
 
-void Register(const char* group, const qv::Space& from, const qv::Space& to, const Convert& convert) {
+void Register(const char* group, const std::string& pair, const qv::Space& from, const qv::Space& to,
+              const Convert& convert) {
   for (const auto& [size, content] : kFrames) {
     if (!qv::Ok(qv::CheckSizeRules({&from, size.width, size.height, 0}, {&to, size.width, size.height, 0}))) continue;
-    const Case c{group, PairName(from, to), &from, &to, size, content};
+    const Case c{group, pair, &from, &to, size, content};
     c.Register("this", convert);
     for (const Peer& peer : Peers()) {
       if (peer.group == group && peer.pair == c.pair) c.Register(peer.who, peer.convert);
@@ -33,21 +35,47 @@ void Register(const char* group, const qv::Space& from, const qv::Space& to, con
 }
 
 void RegisterFormulas(const qv::Space& from, const qv::Space& to) {
-  Register("formulas", from, to, [&](const uint8_t* src, uint8_t* dst, Size size) {
+  Register("formulas", PairName(from, to), from, to, [&](const uint8_t* src, uint8_t* dst, Size size) {
     return Q_ClrConvertDirect(from.id, to.id, src, dst, size.width, size.height, 0, 0) == SUCCESS;
   });
 }
 
-void RegisterMethod(const char* group, uint32_t method, const qv::Space& from, const qv::Space& to) {
-  ConversionParams params{};
-  params.uStructSize = sizeof params;
-  params.nActiveMethod = params.nMethodMask = params.nEmulationTableKind = method;
+void RegisterConverter(const char* group, const std::string& pair, const qv::Space& from, const qv::Space& to,
+                       const ConversionParams& params) {
   ColorConverter* made = nullptr;
   if (Q_ClrInit(&made, from.id, to.id, &params) != SUCCESS) return;
   const std::shared_ptr<ColorConverter> converter(made, [](ColorConverter* handle) { Q_ClrFree(handle); });
-  Register(group, from, to, [=](const uint8_t* src, uint8_t* dst, Size size) {
+  Register(group, pair, from, to, [=](const uint8_t* src, uint8_t* dst, Size size) {
     return Q_ClrConvert(converter.get(), src, dst, size.width, size.height, 0, 0) == SUCCESS;
   });
+}
+
+ConversionParams ParamsOf(uint32_t method) {
+  ConversionParams params{};
+  params.uStructSize = sizeof params;
+  params.nActiveMethod = params.nMethodMask = params.nEmulationTableKind = method;
+  return params;
+}
+
+void RegisterMethod(const char* group, uint32_t method, const qv::Space& from, const qv::Space& to) {
+  RegisterConverter(group, PairName(from, to), from, to, ParamsOf(method));
+}
+
+// Profiles of two kinds of RGB.
+void RegisterWideRgb() {
+  std::span<const uint8_t> srgb;
+  if (!qv::Ok(qv::FindBuiltInProfile(*qv::FindSpace(CS_BGR), &srgb))) return;
+  const auto memory = [](std::span<const uint8_t> profile) {
+    IccMemoryProfile of{};
+    of.pBytes = profile.data();
+    of.nByteCount = static_cast<uint32_t>(profile.size());
+    return of;
+  };
+  const IccMemoryProfile source = memory(WideRgbProfile()), target = memory(srgb);
+  ConversionParams params = ParamsOf(METHOD_CUSTOM_ICC);
+  params.pSourceProfileMemory = &source;
+  params.pDestProfileMemory = &target;
+  RegisterConverter("ICC", kWideRgbPair, *qv::FindSpace(CS_RGB), *qv::FindSpace(CS_BGR), params);
 }
 
 void RegisterPair(const qv::Space& from, const qv::Space& to) {
@@ -66,6 +94,7 @@ int main(int argc, char** argv) {
     RegisterPair(rgb, space);
     RegisterPair(space, rgb);
   }
+  RegisterWideRgb();
   constexpr uint32_t kMeetInRgb[][2] = {{CS_CMY, CS_CMYK}, {CS_HSV, CS_XYZ}, {CS_YCBCR, CS_HLS},
                                         {CS_LAB, CS_HSV},  {CS_HLS, CS_LAB}, {CS_YUY2, CS_YCBCR}};
   for (const auto& [from, to] : kMeetInRgb) RegisterFormulas(*qv::FindSpace(from), *qv::FindSpace(to));

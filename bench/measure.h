@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,10 @@ std::vector<Peer>& Peers();
 struct AddPeers {
   explicit AddPeers(const std::vector<Peer>& peers) { Peers().insert(Peers().end(), peers.begin(), peers.end()); }
 };
+
+// A profile of more colours than the built-in one's, and the pair from it to BGR by that.
+std::span<const uint8_t> WideRgbProfile();
+inline constexpr char kWideRgbPair[] = "wide RGB>BGR";
 
 void RegisterThreads();
 void RegisterTargets();  // every kernel on every instruction set, and its scalar form without vectors of any kind
