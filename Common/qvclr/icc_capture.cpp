@@ -45,7 +45,8 @@ cmsInterpFunction FindInterpolator(cmsUInt32Number inputs, cmsUInt32Number /*out
   return found;
 }
 
-// Looks at what the engine is about to optimize, last of all at the transform itself, and leaves it alone.
+// Looks at what the engine is about to optimize and leaves it alone. Identities, which are empty by then, are not
+// shown.
 cmsBool LookAt(cmsPipeline** pipeline, cmsUInt32Number /*intent*/, cmsUInt32Number* /*in*/, cmsUInt32Number* /*out*/,
                cmsUInt32Number* /*flags*/) {
   if (IccShaper* shaper = Engine::Of(cmsGetPipelineContextID(*pipeline)).shaper) FillShaper(*pipeline, shaper);

@@ -18,8 +18,8 @@ void PrepareCapture(cmsContext context);
 // as: shown by the rounding of the engine's interpolation and by several thousand pixels. kNoMemory.
 Status CaptureGrid(cmsContext context, cmsHTRANSFORM transform, IccGrid* grid);
 
-// Completes what the engine's context was told to fill while it made the transform. Its kind is kNone unless it gives
-// the same bytes, shown by several thousand pixels.
+// Completes what FillShaper left while the transform was made. The kind becomes kNone unless several thousand pixels
+// come out as the engine's.
 void CaptureShaper(cmsHTRANSFORM transform, IccShaper* shaper);
 
 }  // namespace qv

@@ -30,8 +30,7 @@ class Engine {
   cmsContext context() const { return context_; }
   static Engine& Of(cmsContext context) { return *static_cast<Engine*>(cmsGetContextUserData(context)); }
 
-  // Told of what the transforms to be made are about to evaluate. Null if nobody asks.
-  IccShaper* shaper = nullptr;
+  IccShaper* shaper;  // filled with what a transform being made evaluates; null if nobody asks
 
   // Runs `work`, which returns a status and owns nothing, inside the engine. kNoMemory when an allocation fails in
   // there, kProfileOpen for one that is too large; the engine is then fit for nothing but Close.

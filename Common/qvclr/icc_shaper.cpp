@@ -32,30 +32,20 @@ bool FillLinear(const cmsToneCurve* curve, IccShaper::Table& low, IccShaper::Tab
   return true;
 }
 
+// As the engine rounds, to 65536ths before it takes the floor.
+uint32_t WordOf(double value) {
+  return static_cast<uint32_t>(std::floor(std::clamp(value, 0.0, 1.0) * 65535.0 + (0.5 + 0x1p-17)));
+}
+
 template <size_t kSize>
 bool FillEncoded(const cmsToneCurve* curve, std::array<uint8_t, kSize>& encoded) {
   for (size_t i = 0; i < kSize; ++i) {
     const float light = static_cast<float>(static_cast<double>(i) / IccShaper::kOne);
     const double value = cmsEvalToneCurveFloat(curve, light);
     if (std::isnan(value)) return false;
-    encoded[i] = ByteOf(static_cast<uint32_t>(std::floor(std::clamp(value, 0.0, 1.0) * 65535.0 + 0.5)));
+    encoded[i] = ByteOf(WordOf(value));
   }
   return true;
-}
-
-// One matrix or more, none with an offset.
-bool TakeMatrix(const cmsStage** stage, cmsMAT3* product) {
-  _cmsMAT3identity(product);
-  bool any = false;
-  while (const auto* data = Take<_cmsStageMatrixData>(stage, cmsSigMatrixElemType)) {
-    if (data->Offset) return false;
-    const cmsMAT3 before = *product;
-    cmsMAT3 matrix;
-    std::copy_n(data->Double, 9, &matrix.v[0].n[0]);
-    _cmsMAT3per(product, &matrix, &before);
-    any = true;
-  }
-  return any;
 }
 
 bool FillMatrix(const cmsMAT3& of, IccShaper* shaper) {
@@ -87,10 +77,11 @@ void FillShaper(const cmsPipeline* pipeline, IccShaper* shaper) {
     return;
   }
   const auto* first = Take<_cmsStageToneCurvesData>(&stage, cmsSigCurveSetElemType);
-  cmsMAT3 matrix;
-  if (!first || !TakeMatrix(&stage, &matrix)) return;
+  const auto* middle = Take<_cmsStageMatrixData>(&stage, cmsSigMatrixElemType);  // the engine has joined several
   const auto* last = Take<_cmsStageToneCurvesData>(&stage, cmsSigCurveSetElemType);
-  if (!last || stage) return;
+  if (!first || !middle || middle->Offset || !last || stage) return;
+  cmsMAT3 matrix;
+  std::copy_n(middle->Double, 9, &matrix.v[0].n[0]);
   if (_cmsMAT3isIdentity(&matrix)) {
     shaper->kind = Kind::kChannels;
     return;

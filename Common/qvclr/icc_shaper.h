@@ -1,6 +1,6 @@
-// Transforms between two RGB profiles that are made of curves and matrices, evaluated by the library itself with the
-// engine's whole numbers: a curve to linear light in 16384ths, one matrix, and a curve to bytes. Where the matrices
-// cancel each other out, each channel goes its own way.
+// Transforms between two matrix/TRC profiles, evaluated by the library itself with the engine's whole numbers: a curve
+// to linear light in 16384ths, one matrix, and a curve to bytes. Where the matrices cancel each other out, each channel
+// goes its own way.
 #pragma once
 
 #include <lcms2.h>
@@ -22,7 +22,7 @@ struct IccShaper {
   std::array<Table, 3> linear_low, linear_high;          // linear light up to kOne, in two bytes
   std::array<std::array<int16_t, 3>, 3> matrix;          // in 16384ths
   std::array<std::array<uint8_t, kOne + 1>, 3> encoded;  // of linear light
-  std::array<uint8_t, 3> encoding;                       // of each channel, the first of these that is like its own
+  std::array<uint8_t, 3> encoding;                       // each channel's table among these: equal ones share the first
 };
 
 // What the engine is about to evaluate, as far as it has this form. Leaves `bytes` to whoever has the transform.

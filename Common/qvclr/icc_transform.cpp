@@ -46,7 +46,9 @@ Status MakeInEngine(cmsContext context, const IccSide& in, const IccSide& out, c
     const auto direction = IsRgb(*in.space) ? WhiteDirection::kToWhite : WhiteDirection::kFromWhite;
     white = MakeWhitePointProfile(context, *white_point, direction, out_profile);
   }
+  Engine::Of(context).shaper = shaper;
   *transform = Link(context, in, in_profile, out, out_profile, white);
+  Engine::Of(context).shaper = nullptr;
   for (cmsHPROFILE profile : {in_profile, out_profile, white}) cmsCloseProfile(profile);
   if (!*transform) return kProfileOpen;
   grid->swaps_input = T_DOSWAP(in.space->icc_format) != 0;
@@ -68,7 +70,6 @@ Status IccTransform::Make(const IccSide& in, const IccSide& out, const WhitePoin
   const bool may_be_shaper = IsRgb(*in.space) && IsRgb(*out.space);
   Owned<IccShaper> shaper = may_be_shaper ? New<IccShaper>() : nullptr;
   if (!result || !engine || (may_be_shaper && !shaper)) return kNoMemory;
-  engine->shaper = shaper.get();
   const Status status = Engine::Enter([&] {
     return MakeInEngine(engine->context(), in, out, white, &result->grid_, shaper.get(), &result->transform_);
   });
@@ -79,7 +80,6 @@ Status IccTransform::Make(const IccSide& in, const IccSide& out, const WhitePoin
   if (shaper && shaper->kind != IccShaper::Kind::kNone) {
     result->shaper_ = shaper.release();
   } else if (!result->grid_.quads) {
-    engine->shaper = nullptr;
     result->engine_ = engine.release();
   }
   result->holders_ = 1;

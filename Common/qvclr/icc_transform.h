@@ -40,8 +40,8 @@ class IccTransform {
  private:
   size_t holders_;
   IccGrid grid_;       // where it has quads, all that the transform needs
-  IccShaper* shaper_;  // or where there is one
-  Engine* engine_;     // else an instance of its own, with which the engine's transform goes
+  IccShaper* shaper_;  // else, unless null, all that it needs
+  Engine* engine_;     // else the instance that the engine's transform belongs to
   void* transform_;
 };
 

@@ -21,14 +21,15 @@ using Side = qv_test::IccSide;
 
 Bytes Installed(const char* name) { return Contents(std::filesystem::path(QV_PROFILES) / name); }
 
-// Each channel by a curve of its own.
-Bytes UnevenRgbProfile() {
+// Each channel by a curve of its own. `red` replaces the red primary.
+Bytes UnevenRgbProfile(const cmsCIEXYZ* red = nullptr) {
   const cmsCIExyY white = {0.3127, 0.329, 1};
   const cmsCIExyYTRIPLE primaries = {{0.7, 0.29, 1}, {0.2, 0.75, 1}, {0.14, 0.05, 1}};
   cmsToneCurve* curves[3];
   for (int c = 0; c < 3; ++c) curves[c] = cmsBuildGamma(nullptr, 1 + 0.7 * c);
   cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
   cmsFreeToneCurveTriple(curves);
+  if (red) cmsWriteTag(profile, cmsSigRedColorantTag, red);
   return SavedProfile(profile);
 }
 
@@ -97,8 +98,8 @@ TEST(IccTransform, GivesTheEnginesBytes) {
   }
 }
 
-// Neighbouring nodes at opposite ends: the engine's own sums overflow, and no grid is made.
-TEST(IccTransform, LeavesWildTablesToTheEngine) {
+// Neighbouring nodes at opposite ends, where the engine's own sums overflow; and a matrix beyond 16 bits.
+TEST(IccTransform, LeavesWildNumbersToTheEngine) {
   cmsHPROFILE profile = OpenProfile(BuiltInProfile(kLab));
   auto* stage = cmsPipelineGetPtrToFirstStage(static_cast<cmsPipeline*>(cmsReadTag(profile, cmsSigAToB0Tag)));
   while (stage && cmsStageType(stage) != cmsSigCLutElemType) stage = cmsStageNext(stage);
@@ -107,11 +108,13 @@ TEST(IccTransform, LeavesWildTablesToTheEngine) {
     return TRUE;
   };
   ASSERT_TRUE(stage && cmsStageSampleCLut16bit(stage, alternate, nullptr, 0));
-  const Bytes wild = SavedProfile(profile);
-  const Bytes srgb = BuiltInProfile(kRgb), source = RandomBytes(3 * 10000);
-  const TransformPtr transform = MakeTransform(kLab, wild, kRgb, srgb);
-  EXPECT_TRUE(transform->RunsInEngine());
-  ExpectRuns(*transform, source, source.size() / 3, ConvertedByEngine(kLab, wild, kRgb, srgb, source));
+  const Bytes wild = SavedProfile(profile), srgb = BuiltInProfile(kRgb), source = RandomBytes(3 * 10000);
+  const cmsCIEXYZ strong_red = {1.5, 0.1, 0.1};
+  for (const auto& [from, from_profile] : {std::pair(kLab, wild), std::pair(kBgr, UnevenRgbProfile(&strong_red))}) {
+    const TransformPtr transform = MakeTransform(from, from_profile, kRgb, srgb);
+    EXPECT_TRUE(transform->RunsInEngine());
+    ExpectRuns(*transform, source, source.size() / 3, ConvertedByEngine(from, from_profile, kRgb, srgb, source));
+  }
 }
 
 // Colours of 16 bits next to the places where rounding turns: a sum just short of them is rounded up below the cell's

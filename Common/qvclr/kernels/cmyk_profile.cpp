@@ -78,6 +78,7 @@ struct YCbCrOfInks {
 
 // What Cr and Cb add to luma for the complement of M.
 constexpr forms::Form kGreen = {{-23401, -11277, 0, 0}, 16384, 15};
+static_assert(!FormVectors<kGreen>::kInHighWords);
 
 HWY_INLINE ByteVector BytesOf(const WordPlane& words) {
   return BytesOf(Words{hn::BitCast(U16(), words.lower), hn::BitCast(U16(), words.upper)});
@@ -129,7 +130,7 @@ class ComplementsOfYCbCr {
   }
   template <size_t kQuarter>
   HWY_INLINE WordVector Green(const Words& cb, const Words& cr) const {
-    const auto of = [&](I16Vector pairs) HWY_ATTR { return green_.Whole(green_.Sum({pairs, hn::Zero(I16())})); };
+    const auto of = [&](I16Vector pairs) HWY_ATTR { return green_.Whole(green_.Sum(Pairs{pairs, hn::Zero(I16())})); };
     return hn::BitCast(U16(), Narrow(of(PairsOfWords<kQuarter>(cr, cb)), of(PairsOfWords<kQuarter + 1>(cr, cb))));
   }
   FormVectors<kGreen> green_;

@@ -14,16 +14,16 @@ struct Form {
   int64_t bias;
   int shift;
   bool toward_zero = false;  // instead of the floor
-  int doubtful = 0;          // below this fraction it may be wrong, and is to be worked out in reals: a power of two
+  int doubtful = 0;          // or a power of two: with a fraction of fewer 65536ths it is worked out in reals
 };
 
-// Weights beyond two 16-bit ones are taken in two digits: the floors nest. The lower digit holds the bias too, which
-// leaves room for its products.
+// Weights beyond two 16-bit ones are taken in two digits: the floors nest. The bias is added to the lower ones.
 constexpr bool IsWide(const Form& form) {
   return std::ranges::any_of(form.of, [](int64_t weight) { return weight < 2 * INT16_MIN || weight > 2 * INT16_MAX; });
 }
+// Products stay below 2^28: of four weights and bytes, or of two weights and words up to 2047.
 constexpr bool LeavesRoom(const Form& form) {
-  constexpr int64_t kRoom = (int64_t{1} << 31) - (1 << 25);
+  constexpr int64_t kRoom = (int64_t{1} << 31) - (int64_t{1} << 28);
   return -kRoom < form.bias && form.bias < kRoom;
 }
 constexpr int kFractionBits = 16;  // left to sums that may be in doubt
@@ -49,10 +49,10 @@ constexpr int64_t Scaled(double value, int bits) {
   return static_cast<int64_t>(value * static_cast<double>(int64_t{1} << bits) + (value < 0 ? -0.5 : 0.5));
 }
 
-// a x + b y + c z + offset of bytes, in pairs (x, y) and (z, y); the lower digits are bytes as well. The weights are
-// rounded to one side, so that no whole sum errs more than one of 255s, of white. The bias sets this just clear of
-// doubt, where it is right: a fraction of 4 above; or just below, toward zero, since it is not positive. All the others
-// lie between.
+// a x + b y + c z + offset of bytes, in pairs (x, y) and (z, y); the lower digits are bytes as well. All weights are
+// rounded up, or down toward zero, so that the error grows from black to white. The bias puts a whole sum of white just
+// beyond doubt, by 4 65536ths above, or toward zero just below, as it is never positive there; and so all other whole
+// sums between that and the exact one: in doubt, never wrong.
 constexpr int kByteDigitBits = 7;
 constexpr Form OfBytes(double a, double b, double c, double offset, bool toward_zero = false) {
   constexpr int kBits = kFractionBits + kByteDigitBits, kDoubtful = 4;
@@ -66,19 +66,20 @@ constexpr Form OfBytes(double a, double b, double c, double offset, bool toward_
     return whole;
   };
   const int64_t of_x = scaled(a), of_y = scaled(b), of_z = scaled(c);
-  const bool fits = -0.5 < b && b < 0.5;
-  const int64_t of_second_y = fits ? 0 : HighDigit(of_y / 2, kByteDigitBits) * (1 << kByteDigitBits);
-  const bool has_offset = offset != 0;  // and so no whole sum of 255s
+  // What is too much for a high digit of 16 bits goes to the second y.
+  const int64_t of_second_y = -0.5 < b && b < 0.5 ? 0 : HighDigit(of_y / 2, kByteDigitBits) * (1 << kByteDigitBits);
+  const int64_t rounding = offset == 0 ? 0 : 1;  // of the offset; no sum of white is whole then
+  if (bias < static_cast<double>(rounding)) throw "a whole sum would come out too small";
   return {{of_x, of_y - of_second_y, of_z, of_second_y},
-          Scaled(offset, kBits) + Scaled(bias, 0) - (has_offset ? 1 : 0),
+          Scaled(offset, kBits) + Scaled(bias, 0) - rounding,
           kBits,
           toward_zero,
           kDoubtful};
 }
 
-// (a x + b y) / 2^kScaleBits, where x and y have been multiplied by that. To the fraction is added lean_x x + lean_y y
-// + lift, of the numbers as they were, in 65536ths: whole numbers that are right are lifted out of doubt where this is
-// at least 32, which for those that may be wrong must lie above 0 and below 31.
+// (a x + b y) / 2^kScaleBits of words that carry kScaleBits zeros below. The lean, lean_x x + lean_y y + lift 65536ths
+// of the words without these, is added to every sum. It is chosen to be 32 or more for many whole sums that the reals
+// keep, which are then out of doubt, and 0 to 31 for all that they may round below.
 template <int kScaleBits>
 constexpr Form OfWords(double a, double b, double lean_x, double lean_y, double lift) {
   constexpr int kBits = kFractionBits + 15;

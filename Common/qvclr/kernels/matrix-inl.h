@@ -41,6 +41,7 @@ class PairProducts {
   static constexpr int64_t kFirstRest = kFirst - Word(kFirst), kSecondRest = kSecond - Word(kSecond);
 
  public:
+  static_assert(kFirstRest == Word(kFirstRest) && kSecondRest == Word(kSecondRest));
   HWY_INLINE PairProducts()
       : words_(Kept(forms::PairOfWeights(Word(kFirst), Word(kSecond)))),
         rests_(Kept(forms::PairOfWeights(kFirstRest, kSecondRest))) {}
@@ -74,7 +75,7 @@ template <typename Weights>
 class ByteProducts {
  public:
   HWY_INLINE ByteProducts() : weights_(Kept(forms::ThreeWeights(Weights::Of(0), Weights::Of(1), Weights::Of(2)))) {}
-  HWY_INLINE IntVector AddTo(IntVector sum, const Pairs& pairs) const {
+  HWY_INLINE IntVector AddTo(IntVector sum, const BytePairs& pairs) const {
     return IntVector{_mm512_dpbusd_epi32(sum.raw, pairs.bytes.raw, weights_.raw)};
   }
 
@@ -100,12 +101,13 @@ class FormVectors {
   static constexpr bool kInHighWords = kShift == 16;
   HWY_INLINE FormVectors() : bias_(Kept(kForm.bias)) {}
   // Before the shift.
-  HWY_INLINE IntVector Sum(const Pairs& pairs) const {
+  template <typename OfQuarter>
+  HWY_INLINE IntVector Sum(const OfQuarter& pairs) const {
     IntVector sum = bias_;
     if constexpr (kWide) sum = hn::ShiftRight<kDigitBits>(low_.AddTo(sum, pairs));
     return high_.AddTo(sum, pairs);
   }
-  // After it, which is left to those who take the upper words.
+  // After it; where kInHighWords, the upper words of this.
   HWY_INLINE IntVector Whole(IntVector sum) const {
     if constexpr (kForm.toward_zero) {
       const auto below_zero = hn::BitCast(U32(), hn::ShiftRight<31>(sum));
@@ -173,13 +175,17 @@ class MatrixVectors {
   static constexpr bool kInHighWords = FormVectors<Matrix::kFirst>::kInHighWords &&
                                        FormVectors<Matrix::kMiddle>::kInHighWords &&
                                        FormVectors<Matrix::kLast>::kInHighWords;
+  static_assert(kInHighWords ||
+                (!FormVectors<Matrix::kFirst>::kInHighWords && !FormVectors<Matrix::kMiddle>::kInHighWords &&
+                 !FormVectors<Matrix::kLast>::kInHighWords && !IsDoubtful(Matrix::kFirst)));
   HWY_INLINE MatrixVectors() : doubt_(Kept(forms::DoubtBits(Matrix::kFirst))) {}
-  HWY_INLINE Three operator()(const Pairs& pairs) const {
+  template <typename OfQuarter>
+  HWY_INLINE Three operator()(const OfQuarter& pairs) const {
     return Rows<false>(pairs, [&]() HWY_ATTR { return NumbersOf(pairs); });
   }
   // numbers() gives what the formulas take. The rows may leave out the last of these, where it is to be added to them.
-  template <bool kWithoutLast, typename Numbers>
-  HWY_INLINE Three Rows(const Pairs& pairs, Numbers&& numbers) const {
+  template <bool kWithoutLast, typename OfQuarter, typename Numbers>
+  HWY_INLINE Three Rows(const OfQuarter& pairs, Numbers&& numbers) const {
     const IntVector first = first_.Sum(pairs), middle = middle_.Sum(pairs), last = last_.Sum(pairs);
     Three whole = {first_.Whole(first), middle_.Whole(middle), last_.Whole(last)};
     if constexpr (IsDoubtful(Matrix::kFirst)) {
@@ -235,7 +241,7 @@ class MatrixVectors {
     }
     return false;
   }
-  // Toward zero, either side of it gives zero.
+  // Toward zero, sums just above zero and just below it both give zero: no doubt.
   template <const forms::Form& kForm>
   HWY_INLINE bool IsInDoubt(IntVector sum) const {
     constexpr int kBits = std::countr_zero(static_cast<unsigned>(kForm.doubtful));

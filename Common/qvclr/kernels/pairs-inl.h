@@ -137,9 +137,9 @@ struct WordPlanes {
 // A quarter of a block: two pairs of channels to a pixel, and what is made of them.
 struct Pairs {
   I16Vector first, second;
-#if QV_HAS_BYTE_PERMUTES
-  ByteVector bytes = hn::Undefined(U8());  // of pixels of three bytes: these, filled up to four
-#endif
+};
+struct BytePairs : Pairs {
+  ByteVector bytes;  // of pixels of three bytes: these, filled up to four
 };
 struct Three {
   IntVector first, middle, last;
@@ -213,9 +213,9 @@ class PixelPairs {
     return I16Vector{_mm512_maskz_permutexvar_epi8(kLowBytes, OrderOf(Orders::kSecondPair), Load<kQuarter>())};
   }
   template <size_t kQuarter>
-  HWY_INLINE Pairs At(blocks::Quarter<kQuarter> quarter) const {
+  HWY_INLINE BytePairs At(blocks::Quarter<kQuarter> quarter) const {
     using Orders = blocks::PixelOrders<kQuarter, kSwapped>;
-    return {First(quarter), Second(quarter),
+    return {{First(quarter), Second(quarter)},
             ByteVector{_mm512_permutexvar_epi8(OrderOf(Orders::kBytes), Load<kQuarter>())}};
   }
   HWY_INLINE WordPlane Last() const { return {LastOfHalf<0>(), LastOfHalf<1>()}; }
