@@ -167,6 +167,14 @@ TEST(ConvertDirect, ChainedPairsEqualTheirTwoKernels) {
   }
 }
 
+// In the last strip of the way through RGB: nothing is written.
+TEST(ConvertDirect, GreyWithAHueStopsTheWholeWay) {
+  Bytes large(3 * 1376 * 12, 200), chained(large.size(), 0xEE);
+  large[large.size() - 1] = 0;  // in the last strip of the way through RGB
+  EXPECT_EQ(Q_ClrConvertDirect(CS_HLS, CS_XYZ, large.data(), chained.data(), 1376, 12, 0, 0), ERR_ICC_TAG_NOT_FOUND);
+  EXPECT_EQ(std::ranges::count(chained, 0xEE), std::ssize(chained));
+}
+
 // Lines that lie more than 2^31 bytes apart: a whole number in 32 bits would wrap on the way.
 TEST(ConvertDirect, LargeFrames) {
   constexpr int32_t kPad = 1 << 30;

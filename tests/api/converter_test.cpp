@@ -1,7 +1,9 @@
-// The life of converters: every check in its order, what a handle is, and how a method is chosen.
+// The life of converters: every check in its order, what a handle is, how a method is chosen, and what settings do.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstring>
 
 #include "support/converters.h"
@@ -30,7 +32,10 @@ TEST(Creation, ChecksInTheirOrder) {
   params.uStructSize = 1648;
   EXPECT_EQ(InitStatus(200, 0, params), ERR_UNSUPPORTED_COLORSPACE);
   EXPECT_EQ(InitStatus(0, 16, params), ERR_UNSUPPORTED_COLORSPACE);
-  EXPECT_EQ(InitStatus(0, 2, params), ERR_INV_PARAMETER) << "the kind of table is 0";
+  for (const uint32_t kind : {1u, 7u, 9u, 16u, 0x80000008u, 0u}) {
+    params.nEmulationTableKind = kind;
+    EXPECT_EQ(InitStatus(0, 2, params), ERR_INV_PARAMETER) << "the kind of table is " << kind;
+  }
   params.nActiveMethod = params.nMethodMask = 0;
   EXPECT_EQ(InitStatus(0, 2, params), ERR_BAD_POINTER) << "the white point";
   const WhitePointParams no_chromaticity = {0, 0.3, 0};
@@ -129,8 +134,60 @@ TEST(Creation, NarrowRecordGivesTheSameConverter) {
   EXPECT_EQ(Q_ClrFree(handle), SUCCESS);
   narrow.nActiveMethod = narrow.nMethodMask = METHOD_CUSTOM_ICC;
   EXPECT_EQ(Q_ClrInitA(&handle, CS_RGB, CS_CMYK, &narrow), ERR_PROFILE_NAME);
-  ASSERT_EQ(Q_ClrInitA(&handle, 200, 200, nullptr), SUCCESS);
-  EXPECT_EQ(Q_ClrFree(handle), SUCCESS);
+}
+
+TEST(Settings, OfYuvReplaceSpansOffsetsAndLuma) {
+  ConversionParams params = Params(METHOD_FORMULA);
+  Space1Params zero = {.uStructSize = 44, .nLumaTableBytes = 300};  // a count without a table
+  params.pSpace1Params = &zero;
+  const Bytes rgb = RandomBytes(3 * 1000);
+  EXPECT_EQ(Converted(MakeConverter(CS_RGB, CS_YUV, params), rgb, 1000, 3000),
+            Converted(MakeConverter(CS_RGB, CS_YUV), rgb, 1000, 3000));
+
+  Bytes luma(256);
+  for (size_t i = 0; i < 256; ++i) luma[i] = static_cast<uint8_t>(255 - i / 2);  // falling, every value twice
+  Space1Params settings = {44, 0, 446, 224, 550, 276, luma.data(), 256, 510, {}};
+  params.pSpace1Params = &settings;
+  const ConverterPtr to_yuv = MakeConverter(CS_RGB, CS_YUV, params), back = MakeConverter(CS_YUV, CS_RGB, params);
+  std::ranges::fill(luma, uint8_t{7});  // the converters have their own
+  // White: luma 255 of a span of 510 is 128 (127.5 + 0.5), stored as 255 - 64; chroma keeps its middle.
+  EXPECT_EQ(Converted(to_yuv, {255, 255, 255}, 1, 3), (Bytes{191, 128, 128}));
+  // The smallest index with 191 is 128: luma 256. U is one below its middle, trunc(128 / 255 x 446) - 224: blue 253.
+  EXPECT_EQ(Converted(back, {191, 128, 128}, 1, 3), (Bytes{255, 255, 253}));
+  // 0 is nearest to 128, index 254: luma 508.
+  EXPECT_EQ(Converted(back, {0, 128, 128}, 1, 3), (Bytes{255, 255, 255}));
+}
+
+using Three = std::array<double, 3>;
+
+// CIELAB in doubles, with the constants of the formulas.
+Three LabOf(const uint8_t* rgb) {
+  const auto linear = [](uint8_t byte) { return std::pow(byte / 255.0, 1 / 0.45); };
+  const double r = linear(rgb[0]), g = linear(rgb[1]), b = linear(rgb[2]);
+  const auto f = [](double t) { return t > 0.008856 ? std::cbrt(t) : 7.7867 * t + 16.0 / 116; };
+  const double fx = f((0.4124529957771301 * r + 0.3575800061225891 * g + 0.18042300641536713 * b) / 0.950166015625);
+  const double fy = f(0.21267099678516388 * r + 0.7151600122451782 * g + 0.0721689984202385 * b);
+  const double fz =
+      f((0.01933399960398674 * r + 0.11919300258159637 * g + 0.9502270221710205 * b) / 1.0876499938964844);
+  return {116 * fy - 16, 500 * (fx - fy), 200 * (fy - fz)};
+}
+
+// Ranges below 1 are the usual ones.
+TEST(Settings, OfLabCodeByOffsetsAndRanges) {
+  const Bytes source = RandomBytes(3 * 20000);
+  for (const LabParams& lab : {LabParams{32, 0, 0, 0, 128, 0, 96, -5}, LabParams{32, 0, 10, 120, 100, 300, 120, 250}}) {
+    ConversionParams params = Params(METHOD_FORMULA);
+    params.pLabParams = &lab;
+    const Bytes coded = Converted(MakeConverter(CS_RGB, CS_LAB, params), source, 20000, source.size());
+    const bool usual = lab.nLRange < 1;
+    const Three offsets = {lab.nLOffset * 1.0, lab.nAOffset * 1.0, lab.nBOffset * 1.0};
+    const Three ranges = usual ? Three{100, 170, 200} : Three{120, 300, 250};
+    for (size_t i = 0; i < source.size(); i += 3) {
+      const Three exact = LabOf(&source[i]);
+      for (size_t c = 0; c < 3; ++c)
+        ASSERT_NEAR(coded[i + c], std::clamp(exact[c] * 255 / ranges[c] + offsets[c], 0.0, 255.0), 0.6) << i;
+    }
+  }
 }
 
 TEST(Handles, OnlyListedConvertersAreValid) {

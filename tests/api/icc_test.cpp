@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <string>
 
@@ -21,39 +20,45 @@ Bytes Reference(const IccSide& from, const IccSide& to, const Bytes& source) {
   return ConvertedByEngine(from, BuiltInProfile(from), to, BuiltInProfile(to), source);
 }
 
-const std::pair<IccSide, IccSide> kPairs[] = {{kRgb, kCmyk}, {kBgr, kCmyk}, {kCmyk, kRgb}, {kCmyk, kBgr}, {kRgb, kCmy},
-                                              {kBgr, kCmy},  {kCmy, kRgb},  {kCmy, kBgr},  {kRgb, kLab},  {kBgr, kLab},
-                                              {kLab, kRgb},  {kLab, kBgr},  {kRgb, kBgr},  {kBgr, kRgb}};
+constexpr int32_t kWidth = 251, kHeight = 64;
+Bytes Source(size_t pixel) {
+  Bytes source = RandomBytes(size_t{kWidth} * kHeight * pixel);
+  for (size_t i = 0; i < 16 * pixel; ++i) source[i] = (i / pixel) >> (i % pixel) & 1 ? 255 : 0;
+  return source;
+}
+
+void ExpectConversion(const ConverterPtr& converter, const Bytes& source, const Bytes& expected) {
+  constexpr int32_t kPadIn = 5, kPadOut = 2;
+  // Padded lines that end at an inaccessible page; what stands between them is kept.
+  const size_t in_line = source.size() / kHeight, out_line = expected.size() / kHeight;
+  GuardedBuffer in(kHeight * (in_line + kPadIn) - kPadIn);
+  GuardedBuffer out(Bytes(kHeight * (out_line + kPadOut) - kPadOut, 0xEE));
+  for (size_t y = 0; y < kHeight; ++y) std::memcpy(in.data() + y * (in_line + kPadIn), &source[y * in_line], in_line);
+  ASSERT_EQ(Q_ClrConvert(converter.get(), in.data(), out.data(), kWidth, kHeight, kPadIn, kPadOut), SUCCESS);
+  for (size_t y = 0; y < kHeight; ++y) {
+    const uint8_t* line = out.data() + y * (out_line + kPadOut);
+    ASSERT_EQ(std::memcmp(line, &expected[y * out_line], out_line), 0) << "line " << y;
+    ASSERT_TRUE(y + 1 == kHeight || (line[out_line] == 0xEE && line[out_line + 1] == 0xEE)) << "padding " << y;
+  }
+  ASSERT_EQ(Q_ClrConvert(converter.get(), in.data() + 1, out.data(), kWidth, kHeight, kPadIn, kPadOut),
+            ERR_BAD_POINTER);
+  // In place, and onto the input's second line: as if out of place.
+  for (const size_t shift : {size_t{0}, in_line}) {
+    Bytes buffer(shift + std::max(source.size(), expected.size()));
+    std::ranges::copy(source, buffer.begin());
+    ASSERT_EQ(Q_ClrConvert(converter.get(), buffer.data(), buffer.data() + shift, kWidth, kHeight, 0, 0), SUCCESS);
+    EXPECT_EQ(std::memcmp(buffer.data() + shift, expected.data(), expected.size()), 0) << "shift " << shift;
+  }
+}
 
 TEST(BuiltInProfiles, EqualTheEngineCalledDirectly) {
-  constexpr int32_t kWidth = 251, kHeight = 64, kPadIn = 5, kPadOut = 2;
-  for (const auto& [from, to] : kPairs) {
-    SCOPED_TRACE(std::to_string(from.space) + " to " + std::to_string(to.space));
-    const ConverterPtr converter = MakeConverter(from.space, to.space, Params(METHOD_ICC));
-    Bytes source = RandomBytes(size_t{kWidth} * kHeight * from.pixel);
-    for (size_t i = 0; i < 16 * from.pixel; ++i) source[i] = (i / from.pixel) >> (i % from.pixel) & 1 ? 255 : 0;
-    const Bytes expected = Reference(from, to, source);
-
-    // Padded lines that end at an inaccessible page; what stands between them is kept.
-    const size_t in_line = kWidth * from.pixel, out_line = kWidth * to.pixel;
-    GuardedBuffer in(kHeight * (in_line + kPadIn) - kPadIn), out(kHeight * (out_line + kPadOut) - kPadOut);
-    std::memset(out.data(), 0xEE, out.size());
-    for (size_t y = 0; y < kHeight; ++y) std::memcpy(in.data() + y * (in_line + kPadIn), &source[y * in_line], in_line);
-    ASSERT_EQ(Q_ClrConvert(converter.get(), in.data(), out.data(), kWidth, kHeight, kPadIn, kPadOut), SUCCESS);
-    for (size_t y = 0; y < kHeight; ++y) {
-      const uint8_t* line = out.data() + y * (out_line + kPadOut);
-      ASSERT_EQ(std::memcmp(line, &expected[y * out_line], out_line), 0) << "line " << y;
-      ASSERT_TRUE(y + 1 == kHeight || (line[out_line] == 0xEE && line[out_line + 1] == 0xEE)) << "padding " << y;
-    }
-    ASSERT_EQ(Q_ClrConvert(converter.get(), in.data() + 1, out.data(), kWidth, kHeight, kPadIn, kPadOut),
-              ERR_BAD_POINTER);
-
-    // In place, and onto the input's second line: as if out of place.
-    for (const size_t shift : {size_t{0}, in_line}) {
-      Bytes buffer(shift + std::max(source.size(), expected.size()));
-      std::memcpy(buffer.data(), source.data(), source.size());
-      ASSERT_EQ(Q_ClrConvert(converter.get(), buffer.data(), buffer.data() + shift, kWidth, kHeight, 0, 0), SUCCESS);
-      EXPECT_EQ(std::memcmp(buffer.data() + shift, expected.data(), expected.size()), 0) << "shift " << shift;
+  for (const IccSide& rgb : {kRgb, kBgr}) {
+    for (const IccSide& other : {kCmyk, kCmy, kLab, rgb.space == CS_RGB ? kBgr : kRgb}) {
+      for (const auto& [from, to] : {std::pair(rgb, other), {other, rgb}}) {
+        SCOPED_TRACE(testing::Message() << from.space << " to " << to.space);
+        const Bytes source = Source(from.pixel);
+        ExpectConversion(MakeConverter(from.space, to.space, Params(METHOD_ICC)), source, Reference(from, to, source));
+      }
     }
   }
   for (const uint32_t id : kSpaces) {
@@ -86,31 +91,13 @@ Bytes EachPixel(void (*convert)(const uint8_t*, uint8_t*), const Bytes& from) {
 }
 
 TEST(BuiltInProfiles, CarryCmykProfileAsCmyk) {
-  constexpr size_t kWidth = 37, kHeight = 40, kPad = 3;
+  const ConversionParams icc = Params(METHOD_ICC);
   for (const IccSide& rgb : {kRgb, kBgr}) {
-    for (const bool decodes : {true, false}) {
-      SCOPED_TRACE(testing::Message() << (decodes ? "from" : "to") << " CS_CMYK_PROFILE, other side " << rgb.space);
-      const size_t in_line = kWidth * (decodes ? 4 : 3), out_line = kWidth * (decodes ? 3 : 4);
-      const Bytes source = RandomBytes(in_line * kHeight);
-      const Bytes expected = decodes ? Reference(kCmyk, rgb, EachPixel(CmykFromYccK, source))
-                                     : EachPixel(YccKFromCmyk, Reference(rgb, kCmyk, source));
-      const uint32_t src_space = decodes ? uint32_t{CS_CMYK_PROFILE} : rgb.space;
-      const ConverterPtr converter =
-          MakeConverter(src_space, decodes ? rgb.space : uint32_t{CS_CMYK_PROFILE}, Params(METHOD_ICC));
-      const size_t in_stride = in_line + kPad, out_stride = out_line + kPad;
-      Bytes in(in_stride * kHeight), wanted(out_stride * kHeight, 0xEE), in_place(std::max(in.size(), wanted.size()));
-      for (size_t y = 0; y < kHeight; ++y) {
-        std::copy_n(&source[y * in_line], in_line, &in[y * in_stride]);
-        std::copy_n(&expected[y * out_line], out_line, &wanted[y * out_stride]);
-      }
-      Bytes out(wanted.size(), 0xEE);
-      EXPECT_EQ(Q_ClrConvert(converter.get(), in.data(), out.data(), kWidth, kHeight, kPad, kPad), SUCCESS);
-      EXPECT_EQ(out, wanted);
-      std::ranges::copy(in, in_place.begin());
-      EXPECT_EQ(Q_ClrConvert(converter.get(), in_place.data(), in_place.data(), kWidth, kHeight, kPad, kPad), SUCCESS);
-      for (size_t y = 0; y < kHeight; ++y)
-        ASSERT_EQ(std::memcmp(&in_place[y * out_stride], &expected[y * out_line], out_line), 0) << "in place, " << y;
-    }
+    const Bytes ycck = Source(4), pixels = Source(3);
+    ExpectConversion(MakeConverter(CS_CMYK_PROFILE, rgb.space, icc), ycck,
+                     Reference(kCmyk, rgb, EachPixel(CmykFromYccK, ycck)));
+    ExpectConversion(MakeConverter(rgb.space, CS_CMYK_PROFILE, icc), pixels,
+                     EachPixel(YccKFromCmyk, Reference(rgb, kCmyk, pixels)));
   }
 }
 
@@ -122,17 +109,16 @@ struct CustomProfiles : testing::Test {
 // A caller's profile of one side, and its file.
 struct Custom {
   IccSide side;
-  Bytes profile, built_in;
+  Bytes profile;
   path file;
 };
 
 TEST_F(CustomProfiles, EqualTheEngineCalledDirectly) {
   const auto make = [&](const char* rgb_file, double factor, const char* name) {
-    const Bytes rgb = Contents(path(QV_PROFILES) / rgb_file);
     std::vector<Custom> list;
     for (const IccSide& side : {kRgb, kBgr, kCmyk, kCmy, kLab}) {
-      const Bytes profile = IsRgb(side) ? rgb : AlteredProfile(side, factor);
-      list.push_back({side, profile, BuiltInProfile(side), folder.Write(name + std::to_string(side.space), profile)});
+      const Bytes profile = IsRgb(side) ? Contents(path(QV_PROFILES) / rgb_file) : AlteredProfile(side, factor);
+      list.push_back({side, profile, folder.Write(name + std::to_string(side.space), profile)});
     }
     return list;
   };
@@ -142,49 +128,41 @@ TEST_F(CustomProfiles, EqualTheEngineCalledDirectly) {
     const Bytes source = RandomBytes(kPixels * from.side.pixel);
     for (const Custom& to : targets) {
       if (!IsRgb(from.side) && !IsRgb(to.side) && from.side.space != to.side.space) continue;
-      for (const auto& [is_source, in_memory, other_as_file] :
-           {std::array{false, true, false}, {true, false, false}, {true, true, true}}) {
-        SCOPED_TRACE(testing::Message() << from.side.space << " to " << to.side.space << ", " << is_source
-                                        << in_memory);
+      for (const auto& [lends_source, names_other] :
+           {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
+        SCOPED_TRACE(testing::Message() << from.side.space << " to " << to.side.space << ", " << lends_source
+                                        << names_other);
+        const Custom &own = lends_source ? from : to, &other = lends_source ? to : from;
         params = Params(METHOD_CUSTOM_ICC);
-        const Custom &given = is_source ? from : to, &other = is_source ? to : from;
-        // Memory goes before a name.
-        SetName(in_memory ? path(QV_RES) / given.side.file : given.file,
-                is_source ? params.sSourceProfileName : params.sDestProfileName);
-        if (other_as_file) SetName(other.file, is_source ? params.sDestProfileName : params.sSourceProfileName);
-        Bytes lent = given.profile;
+        auto *own_name = &params.sSourceProfileName, *other_name = &params.sDestProfileName;
+        if (!lends_source) std::swap(own_name, other_name);
+        SetName(path(QV_RES) / own.side.file, *own_name);  // memory goes before it
+        if (names_other) SetName(other.file, *other_name);
+        Bytes lent = own.profile;
         IccMemoryProfile memory = {0, lent.data(), static_cast<uint32_t>(lent.size())};
-        if (in_memory) (is_source ? params.pSourceProfileMemory : params.pDestProfileMemory) = &memory;
+        (lends_source ? params.pSourceProfileMemory : params.pDestProfileMemory) = &memory;
         const ConverterPtr converter = MakeConverter(from.side.space, to.side.space, params);
         std::ranges::fill(lent, uint8_t{0xDD});
         std::memset(&memory, 0xDD, sizeof memory);
-        const Bytes& from_profile = is_source || other_as_file ? from.profile : from.built_in;
-        const Bytes& to_profile = !is_source || other_as_file ? to.profile : to.built_in;
+        const Bytes others = names_other ? other.profile : BuiltInProfile(other.side);
         ASSERT_EQ(Converted(converter, source, kPixels, kPixels * to.side.pixel),
-                  ConvertedByEngine(from.side, from_profile, to.side, to_profile, source));
+                  ConvertedByEngine(from.side, lends_source ? own.profile : others, to.side,
+                                    lends_source ? others : own.profile, source));
       }
     }
   }
 }
 
-TEST_F(CustomProfiles, HaveNamesOfEveryScriptAndUpTo259Characters) {
-  const Bytes profile = BuiltInProfile(kRgb);
+TEST_F(CustomProfiles, HaveNamesOfUpTo259Characters) {
   const path deep = folder.In("") / std::u16string(100, u'Ж');
   std::filesystem::create_directories(deep);
   const size_t left = 259 - deep.string<QWChar>().size() - 1;
-  for (const path& name : {folder.In("") / u"Профиль монитора.icc", folder.In("") / u"\U0001F308 色彩.icc",
-                           deep / std::string(left, 'n')}) {
-    folder.Write(name, profile);
-    params = Params(METHOD_CUSTOM_ICC);
+  for (const size_t more : {0, 1}) {
+    const path name = deep / std::string(left + more, 'n');
+    folder.Write(name, BuiltInProfile(kRgb));  // not every system makes the longer one
     SetName(name, params.sSourceProfileName);
-    EXPECT_EQ(InitStatus(CS_RGB, CS_BGR, params), SUCCESS) << name;
-    std::swap(params.sSourceProfileName, params.sDestProfileName);
-    EXPECT_EQ(InitStatus(CS_RGB, CS_BGR, params), SUCCESS) << name;
+    EXPECT_EQ(InitStatus(CS_RGB, CS_BGR, params), more == 0 ? SUCCESS : ERR_PROFILE_NAME) << name;
   }
-  const path too_long = deep / std::string(left + 1, 'n');
-  folder.Write(too_long, profile);  // not every system makes it
-  SetName(too_long, params.sDestProfileName);
-  EXPECT_EQ(InitStatus(CS_RGB, CS_BGR, params), ERR_PROFILE_NAME);
 }
 
 TEST_F(CustomProfiles, AreRefusedWithTheirReasons) {
@@ -195,8 +173,6 @@ TEST_F(CustomProfiles, AreRefusedWithTheirReasons) {
     auto& name = source ? params.sSourceProfileName : params.sDestProfileName;
     const IccSide &other_space = source ? kRgb : kCmyk, &own_space = source ? kCmyk : kRgb;
     for (const auto& [file, status] : {std::pair{folder.In("absent"), ERR_PROFILE_NAME},
-                                       {folder.In("absent") / "absent", ERR_PROFILE_NAME},
-                                       {folder.Write("text", Text("text")), ERR_PROFILE_OPEN},
                                        {folder.Write("empty", {}), ERR_PROFILE_OPEN},
                                        {folder.Write("head", head), ERR_PROFILE_OPEN},
                                        {folder.In("").parent_path(), ERR_PROFILE_OPEN},
@@ -216,7 +192,6 @@ TEST_F(CustomProfiles, AreRefusedWithTheirReasons) {
                   {own.data(), own.size(), ERR_BAD_POINTER, 15},
                   {own.data(), own.size() + 1, ERR_BAD_POINTER},
                   {nullptr, 1, ERR_BAD_POINTER},
-                  {nullptr, 0, ERR_PROFILE_OPEN},
                   {own.data(), 0, ERR_PROFILE_OPEN},
                   {own.data(), 140, ERR_PROFILE_OPEN},
                   {other.data(), other.size(), ERR_PROFILE_OPEN}};

@@ -1,43 +1,48 @@
-// Records of profiles by the exported functions: header, setters, tags.
+// Profiles as records, bytes and files: header, setters and tags; parsed, generated, and cut short.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <filesystem>
+#include <functional>
 #include <span>
+#include <string>
+#include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "Qvclr15x.h"
-#include "support/bytes.h"
+#include "support/files.h"
 
 namespace {
 
-using qv_test::Sig;
-using testing::Each, testing::ElementsAre;
+using namespace std::string_view_literals;
+using namespace qv_test;
+using testing::Each;
 
 constexpr uint32_t kRaw = Sig("Qraw");
 
-struct ProfileRecord : testing::Test {
-  ProfileRecord() {
+struct ProfileFile : testing::Test {
+  ProfileFile() { Q_InitICCProfile(&record, sizeof record); }
+  ~ProfileFile() override { Q_FreeICCProfile(&record); }
+  int32_t Fill(const Bytes& bytes, bool by_file = false) {
+    Q_FreeICCProfile(&record);
     Q_InitICCProfile(&record, sizeof record);
-    Q_InitICCHeader(&record);
+    if (by_file) return Q_FillICCProfileFromICCFile(folder.Write("profile", bytes).string<QWChar>().c_str(), &record);
+    return Q_FillICCProfileStructure(&record, bytes.data(), static_cast<uint32_t>(bytes.size()));
   }
-  ~ProfileRecord() override { Q_FreeICCProfile(&record); }
+  Bytes Image() const { return {record.profileBytes, record.profileBytes + record.profileByteSize}; }
 
-  int32_t Set(uint32_t signature, std::vector<uint8_t> payload) {
-    payload.reserve(1);  // an empty array is not a null one
-    const IccUnknownTagType tag = {0, 0, payload.data(), static_cast<uint32_t>(payload.size())};
-    return Q_SetICCTagData(&record, &tag, signature, kRaw);
-  }
-  std::vector<uint32_t> Offsets() const {
-    std::vector<uint32_t> offsets;
-    for (uint32_t i = 0; i < record.tagCount; ++i) offsets.push_back(record.tagTable[i].offset);
-    return offsets;
-  }
-  std::span<const uint8_t> Data() const { return {record.tagData, record.tagDataSize}; }
-
+  const Folder folder{"qv_profile_file"};
+  const std::filesystem::path path = folder.In("profile");
+  const Bytes srgb = Contents(QV_TEST_DATA "/srgb_v4.icc");
   IccProfileRecord record;
+};
+
+struct ProfileRecord : ProfileFile {
+  ProfileRecord() { Q_InitICCHeader(&record); }
 };
 
 TEST(ProfileRecords, AreInitializedAsFarAsAsked) {
@@ -60,7 +65,9 @@ TEST_F(ProfileRecord, HasAHeaderOfItsOwnAndReleasesAllButItsNumbers) {
   const IccHeader expected = {
       .profileSize = 132, .version = 0x04200000, .signature = Sig("acsp"), .illuminant = {0xF6D6, 0x10000, 0xD32D}};
   EXPECT_EQ(std::memcmp(record.header, &expected, sizeof expected), 0);
-  Set(Sig("desc"), {1});
+  uint8_t byte = 1;
+  const IccUnknownTagType tag = {0, 0, &byte, 1};
+  EXPECT_EQ(Q_SetICCTagData(&record, &tag, Sig("desc"), kRaw), ERR_ICC_UNKNOWN_TAG_TYPE);
   EXPECT_EQ(Q_GenerateICCPointer(&record), SUCCESS);
   const IccHeader* header = record.header;
   std::memset(record.header, 0xEE, sizeof *record.header);
@@ -74,78 +81,61 @@ TEST_F(ProfileRecord, HasAHeaderOfItsOwnAndReleasesAllButItsNumbers) {
   Q_FreeICCProfile(nullptr);
 }
 
-template <typename Number>
-struct Setter {
-  const char* name;
-  int32_t (*set)(IccProfileRecord*, Number);
-  size_t at;                                        // in the header
-  std::vector<std::pair<Number, Number>> accepted;  // given, stored
-  std::vector<Number> refused;
-};
-
-template <typename Number>
-void CheckSetters(IccProfileRecord& record, const std::vector<Setter<Number>>& setters) {
-  for (const auto& setter : setters) {
-    const auto set = [&](Number given, int32_t status, const Number* stored) {
-      std::memset(record.header, 0xEE, sizeof *record.header);
-      record.header->deviceClass = Sig("mntr");
-      IccHeader expected = *record.header;
-      if (stored) std::memcpy(reinterpret_cast<uint8_t*>(&expected) + setter.at, stored, sizeof *stored);
-      EXPECT_EQ(setter.set(&record, given), status) << setter.name << ' ' << given;
-      EXPECT_EQ(std::memcmp(record.header, &expected, sizeof expected), 0) << setter.name << ' ' << given;
-    };
-    for (const auto& [given, stored] : setter.accepted) set(given, SUCCESS, &stored);
-    for (const Number given : setter.refused) set(given, ERR_INV_PARAMETER, nullptr);
-    IccProfileRecord bare{};
-    EXPECT_EQ(setter.set(nullptr, setter.accepted[0].first), ERR_INV_PARAMETER) << setter.name;
-    EXPECT_EQ(setter.set(&bare, setter.accepted[0].first), ERR_INV_PARAMETER) << setter.name;
-  }
-}
-
-std::vector<std::pair<uint32_t, uint32_t>> Kept(std::initializer_list<uint32_t> values) {
-  std::vector<std::pair<uint32_t, uint32_t>> pairs;
-  for (const uint32_t value : values) pairs.emplace_back(value, value);
-  return pairs;
+// Signatures without anything between them.
+std::vector<uint64_t> Signatures(std::string_view text) {
+  std::vector<uint64_t> signatures;
+  for (; !text.empty(); text.remove_prefix(4)) signatures.push_back(Sig(text.data()));
+  return signatures;
 }
 
 TEST_F(ProfileRecord, SettersStoreWhatTheyAcceptAndTouchNothingElse) {
-  const auto spaces = Kept({Sig("XYZ "), Sig("Lab "), Sig("Luv "), Sig("YCbr"), Sig("Yxy "), Sig("RGB "), Sig("GRAY"),
-                            Sig("HSV "), Sig("HLS "), Sig("CMYK"), Sig("CMY "), Sig("2CLR"), Sig("3CLR"), Sig("4CLR"),
-                            Sig("5CLR"), Sig("6CLR"), Sig("7CLR"), Sig("8CLR"), Sig("9CLR"), Sig("ACLR"), Sig("BCLR"),
-                            Sig("CCLR"), Sig("DCLR"), Sig("ECLR"), Sig("FCLR")});
-  const auto any = Kept({0, 1, Sig("abcd"), 0xFFFFFFFF});
-  const std::vector<Setter<uint32_t>> setters = {
-      {"CMM", Q_SetICCCMMType, 4, any, {}},
-      {"class",
-       Q_SetICCDeviceClass,
-       12,
-       Kept({Sig("scnr"), Sig("mntr"), Sig("prtr"), Sig("link"), Sig("spac"), Sig("abst"), Sig("nmcl")}),
-       {0, Sig("MNTR"), Sig("mnt "), 0x72746E6D}},
-      {"space", Q_SetICCColorSpace, 16, spaces, {0, Sig("rgb "), Sig("1CLR"), Sig("GCLR"), 0x20424752}},
-      {"connection", Q_SetICCConnectionSpace, 20, Kept({Sig("XYZ "), Sig("Lab ")}), {0, Sig("RGB "), Sig("Luv ")}},
+  const auto spaces = Signatures(
+      "XYZ Lab Luv YCbrYxy RGB GRAYHSV HLS CMYKCMY 2CLR3CLR4CLR5CLR6CLR7CLR8CLR9CLRACLRBCLRCCLRDCLRECLRFCLR");
+  const std::vector<uint64_t> any = {0, 1, Sig("abcd"), 0xFFFFFFFF};
+  const struct {
+    const char* name;
+    std::function<int32_t(IccProfileRecord*, uint64_t)> set;
+    size_t at, bytes;  // in the header
+    std::vector<uint64_t> accepted, refused;
+    uint64_t stored_bits = UINT64_MAX;
+  } kSetters[] = {
+      {"CMM", Q_SetICCCMMType, 4, 4, any, {}},
+      {"class", Q_SetICCDeviceClass, 12, 4, Signatures("scnrmntrprtrlinkspacabstnmcl"),
+       Signatures("\0\0\0\0MNTRmnt rtnm"sv)},
+      {"space", Q_SetICCColorSpace, 16, 4, spaces, Signatures("\0\0\0\0rgb 1CLRGCLR BGR"sv)},
+      {"connection", Q_SetICCConnectionSpace, 20, 4, Signatures("XYZ Lab "), Signatures("\0\0\0\0RGB Luv "sv)},
       {"platform",
        Q_SetICCPrimaryPlatform,
        40,
-       Kept({0, Sig("APPL"), Sig("MSFT"), Sig("SGI "), Sig("SUNW")}),
+       4,
+       Signatures("\0\0\0\0APPLMSFTSGI SUNW"sv),
        {1, Sig("TGNT"), 0xFFFFFFFF}},
-      {"flags", Q_SetICCFlags, 44, {{0, 0}, {3, 3}, {4, 0}, {0xFFFFFFFE, 2}}, {}},
-      {"manufacturer", Q_SetICCDevManufacturer, 48, any, {}},
-      {"model", Q_SetICCDevModel, 52, any, {}},
-      {"intent", Q_SetICCRenderingIntent, 64, Kept({0, 1, 2, 3}), {4, 0x10000, 0xFFFFFFFF}},
-      {"creator", Q_SetICCCreator, 80, any, {}},
+      {"flags", Q_SetICCFlags, 44, 4, {0, 3, 4, 0xFFFFFFFE}, {}, 3},
+      {"manufacturer", Q_SetICCDevManufacturer, 48, 4, any, {}},
+      {"model", Q_SetICCDevModel, 52, 4, any, {}},
+      {"attributes", Q_SetICCDeviceAttributes, 56, 8, {0, 15, 16, UINT64_MAX, 1ull << 32}, {}, 15},
+      {"intent", Q_SetICCRenderingIntent, 64, 4, {0, 1, 2, 3}, {4, 0x10000, 0xFFFFFFFF}},
+      {"creator", Q_SetICCCreator, 80, 4, any, {}},
   };
-  CheckSetters(record, setters);
-  CheckSetters<uint64_t>(record, {{"attributes",
-                                   Q_SetICCDeviceAttributes,
-                                   56,
-                                   {{0, 0}, {15, 15}, {16, 0}, {UINT64_MAX, 15}, {1ull << 32, 0}},
-                                   {}}});
+  for (const auto& setter : kSetters) {
+    const auto set = [&](uint64_t given, int32_t status) {
+      std::memset(record.header, 0xEE, sizeof *record.header);
+      record.header->deviceClass = Sig("mntr");
+      IccHeader expected = *record.header;
+      const uint64_t stored = given & setter.stored_bits;
+      if (status == SUCCESS) std::memcpy(reinterpret_cast<uint8_t*>(&expected) + setter.at, &stored, setter.bytes);
+      EXPECT_EQ(setter.set(&record, given), status) << setter.name << ' ' << given;
+      EXPECT_EQ(std::memcmp(record.header, &expected, sizeof expected), 0) << setter.name << ' ' << given;
+    };
+    for (const uint64_t given : setter.accepted) set(given, SUCCESS);
+    for (const uint64_t given : setter.refused) set(given, ERR_INV_PARAMETER);
+    IccProfileRecord bare{};
+    for (IccProfileRecord* none : {static_cast<IccProfileRecord*>(nullptr), &bare})
+      EXPECT_EQ(setter.set(none, setter.accepted[0]), ERR_INV_PARAMETER) << setter.name;
+  }
 
   record.header->deviceClass = Sig("link");
-  for (const auto& [space, stored] : spaces) {
-    EXPECT_EQ(Q_SetICCConnectionSpace(&record, space), SUCCESS);
-    EXPECT_EQ(record.header->connectionSpace, stored);
-  }
+  for (const uint64_t space : spaces) EXPECT_EQ(Q_SetICCConnectionSpace(&record, uint32_t(space)), SUCCESS);
   EXPECT_EQ(Q_SetICCConnectionSpace(&record, 0), ERR_INV_PARAMETER);
   record.header->deviceClass = 0;
   EXPECT_EQ(Q_SetICCConnectionSpace(&record, Sig("XYZ ")), ERR_INV_PARAMETER) << "no class yet";
@@ -161,36 +151,6 @@ TEST_F(ProfileRecord, SettersStoreWhatTheyAcceptAndTouchNothingElse) {
   EXPECT_THAT(record.header->reserved, Each(0xEE));
   IccProfileRecord bare{};
   EXPECT_TRUE(Q_SetICCProfileId(&bare) == SUCCESS && Q_SetICCProfileId(nullptr) == ERR_INV_PARAMETER);
-}
-
-TEST_F(ProfileRecord, TagsAreAppendedAndTakenOutAtTheirPlaces) {
-  EXPECT_EQ(Set(Sig("desc"), {1, 2}), ERR_ICC_UNKNOWN_TAG_TYPE);
-  EXPECT_THAT(Offsets(), ElementsAre(144));
-  EXPECT_THAT(Data(), ElementsAre('Q', 'r', 'a', 'w', 0, 0, 0, 0, 1, 2, 0, 0));
-  EXPECT_EQ(Set(Sig("Priv"), {}), ERR_ICC_PRIVATE_TAG_UNKNOWN_TYPE);
-  EXPECT_EQ(Set(Sig("desc"), {3, 4, 5, 6}), ERR_ICC_UNKNOWN_TAG_TYPE);  // a second one, which the first hides
-  EXPECT_THAT(Offsets(), ElementsAre(168, 180, 188));
-  EXPECT_TRUE(record.tagDataSize == 32 && record.header->profileSize == 132 + 36 + 32);
-
-  IccUnknownTagType tag{};
-  EXPECT_EQ(Q_DeleteICCTag(&record, Sig("desc"), &tag), ERR_ICC_UNKNOWN_TAG_TYPE) << "read, therefore kept";
-  EXPECT_THAT(std::span(tag.data, tag.dataSize), ElementsAre(1, 2));
-  Q_FreeICCTagType(&tag, kRaw);
-  EXPECT_EQ(+record.tagCount, 3u);
-
-  std::memset(record.header->profileId, 7, 16);
-  EXPECT_EQ(Q_DeleteICCTag(&record, Sig("desc"), nullptr), SUCCESS);  // 10 bytes; 2 of padding stay
-  EXPECT_THAT(Offsets(), ElementsAre(158, 166));
-  EXPECT_TRUE(record.tagDataSize == 22 && record.header->profileSize == 132 + 24 + 22);
-  EXPECT_THAT(Data().first(6), ElementsAre(0, 0, 'Q', 'r', 'a', 'w'));
-  EXPECT_THAT(record.header->profileId, Each(0));
-  for (const uint32_t signature : {Sig("desc"), Sig("Priv")})
-    EXPECT_EQ(Q_DeleteICCTag(&record, signature, nullptr), SUCCESS);
-  EXPECT_TRUE(record.tagCount == 0 && record.tagDataSize == 10 && record.header->profileSize == 132 + 12 + 10);
-  EXPECT_TRUE(record.tagTable && record.tagData) << "left as they were";
-  EXPECT_EQ(Set(Sig("wtpt"), {}), ERR_ICC_UNKNOWN_TAG_TYPE);  // behind what the numbers still tell
-  EXPECT_THAT(Offsets(), ElementsAre(144 + 10));
-  EXPECT_THAT(Data().first(11), ElementsAre(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 'Q'));
 }
 
 TEST_F(ProfileRecord, RefusesWhatIsMissing) {
@@ -214,17 +174,113 @@ TEST_F(ProfileRecord, RefusesWhatIsMissing) {
   Q_FreeICCTagType(nullptr, kRaw);
 }
 
-TEST(ProfileTags, AreCopiedInFileOrder) {
-  uint8_t bytes[] = {1, 2, 3};
-  const IccUnknownTagType source = {0x11223344, 99, bytes, 3};
-  IccUnknownTagType copy;
-  std::memset(&copy, 0xEE, sizeof copy);
-  ASSERT_EQ(Q_CreateICCTagData(&copy, &source, kRaw), ERR_ICC_UNKNOWN_TAG_TYPE);
-  EXPECT_EQ(std::memcmp(&copy, "Qraw\0\0\0", 8), 0);
-  ASSERT_TRUE(copy.dataSize == 3 && copy.data != bytes);
-  EXPECT_THAT(std::span(copy.data, 3), ElementsAre(1, 2, 3));
-  Q_FreeICCTagType(&copy, kRaw);
-  EXPECT_FALSE(copy.data);
+TEST_F(ProfileFile, IsReadAndWrittenByteForByte) {
+  ASSERT_EQ(srgb.size(), 480u);
+  for (const bool by_file : {false, true}) {
+    ASSERT_EQ(Fill(srgb, by_file), SUCCESS);
+    EXPECT_TRUE(record.tagCount == 10 && record.tagDataSize == 480 - 132 - 120 && record.header->model == Sig("ctrl"));
+    EXPECT_TRUE(record.header->dateTime.year == 2018 && record.header->dateTime.seconds == 29);
+    EXPECT_EQ(Q_GetICCTagTypeSig(&record, Sig("chad")), Sig("sf32"));
+    record.header->reserved[27] = 1;  // is never written
+    std::fill_n(record.profileBytes, 480, uint8_t{0xEE});
+    ASSERT_EQ(Q_GenerateICCPointer(&record), SUCCESS);
+    EXPECT_EQ(Image(), srgb);
+    ASSERT_EQ(Q_GenerateICCFileA(&record, path.string().c_str()), SUCCESS);
+    EXPECT_EQ(Contents(path), srgb);
+  }
+}
+
+TEST_F(ProfileFile, IsParsedForTwoVersionsExactly) {
+  for (const uint32_t version : {0x04000000u, 0x04200000u, 0x02400000u, 0x04300000u, 0x04200001u, 0x05000000u}) {
+    SCOPED_TRACE(version);
+    Bytes bytes = srgb;
+    for (size_t i = 0; i < 4; ++i) bytes[8 + i] = static_cast<uint8_t>(version >> (24 - 8 * i));
+    EXPECT_EQ(Fill(bytes, true), SUCCESS);
+    EXPECT_EQ(record.header != nullptr, version == 0x04000000 || version == 0x04200000);
+    EXPECT_EQ(+record.tagCount, record.header ? 10u : 0u);
+    EXPECT_EQ(Image(), bytes);
+    EXPECT_EQ(Fill(bytes), version < 0x04000000 ? ERR_ICC_INVALID_PROFILE : SUCCESS);
+    EXPECT_EQ(record.header->version, version);
+    EXPECT_EQ(Image(), bytes);
+  }
+}
+
+// What is missing reads as 0, also the end of a number that the cut divides: as of the whole profile padded by hand.
+TEST_F(ProfileFile, ShortOrLongOfItsDeclaredSizeIsTakenAsPaddedOrCut) {
+  for (size_t length = 0; length <= srgb.size(); length += length < 260 ? 1 : 55) {  // the table ends at 252
+    SCOPED_TRACE(length);
+    Bytes padded = First(srgb, length);
+    padded.resize(srgb.size());
+    const auto outcome = [&](const Bytes& bytes, bool by_file) {
+      const int32_t status = Fill(bytes, by_file);
+      const Bytes data(record.tagData, record.tagData + record.tagDataSize);
+      return std::tuple(status, Image(), data, +record.tagCount, record.header ? record.header->version : 0);
+    };
+    const auto expected = outcome(padded, false);
+    if (length >= 12)
+      EXPECT_EQ(outcome(First(srgb, length), true), expected);
+    else
+      EXPECT_EQ(outcome(First(srgb, length), true), std::tuple(ERR_FILE_READ, Bytes(), Bytes(), 0u, 0u));
+  }
+  Bytes longer = srgb;
+  longer.resize(600, 7);
+  EXPECT_EQ(Fill(longer, true), SUCCESS);
+  EXPECT_EQ(Image(), srgb);
+}
+
+TEST_F(ProfileFile, DeclaredSizesOfNothing) {
+  Bytes bytes = srgb;
+  const auto declare = [&](uint32_t size) {
+    for (size_t i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(size >> (24 - 8 * i));
+    return Fill(bytes, true);
+  };
+  EXPECT_EQ(declare(0), ERR_ICC_INVALID_PROFILE);
+  EXPECT_EQ(Fill({0, 0, 0, 0}, true), ERR_ICC_INVALID_PROFILE) << "before the version is read";
+  for (const uint32_t size : {1u, 11u, 131u, 132u, 251u}) {
+    EXPECT_EQ(declare(size), size < 132 ? ERR_ICC_INVALID_PROFILE : ERR_FAILURE) << size;
+    EXPECT_EQ(+record.profileByteSize, size);
+  }
+  EXPECT_EQ(declare(252), SUCCESS);
+  EXPECT_EQ(+record.tagDataSize, 0u);
+}
+
+TEST_F(ProfileFile, CannotBeOpenedOrNamed) {
+  const std::string own = folder.In("").string(), missing = folder.In("no/file").string();
+  const std::string endless(300, 'a');
+  ASSERT_EQ(Fill(srgb), SUCCESS);
+  IccProfileRecord other{};
+  for (const std::string& name : {own, missing, std::string()}) {
+    EXPECT_EQ(Q_FillICCProfileFromICCFileA(name.c_str(), &other), ERR_FILE_OPEN) << name;
+    EXPECT_EQ(Q_GenerateICCFileA(&record, name.c_str()), ERR_FILE_OPEN) << name;
+  }
+  EXPECT_EQ(Q_FillICCProfileFromICCFileA(endless.c_str(), &other), ERR_FAILURE);
+  EXPECT_EQ(Q_GenerateICCFileA(&record, endless.c_str()), ERR_FAILURE);
+  EXPECT_THAT(std::span(reinterpret_cast<const uint8_t*>(&other), sizeof other), Each(0));
+  const auto name = path.string<QWChar>();
+  for (const int32_t status :
+       {Q_FillICCProfileFromICCFile(nullptr, &other), Q_FillICCProfileFromICCFile(name.c_str(), nullptr),
+        Q_FillICCProfileFromICCFileA(nullptr, &other), Q_GenerateICCFile(nullptr, name.c_str()),
+        Q_GenerateICCFile(&record, nullptr), Q_GenerateICCFileA(&record, nullptr)}) {
+    EXPECT_EQ(status, ERR_INV_PARAMETER);
+  }
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(ProfileFile, ClaimOfMoreThanThereIsLeavesTheFile) {
+  ASSERT_EQ(Fill(srgb, true), SUCCESS);
+  const auto name = path.string<QWChar>();
+  for (const uint64_t claim : {uint64_t{481}, uint64_t{0xFFFFFFFF}, uint64_t{1} << 32, UINT64_MAX}) {
+    record.profileByteSize = claim;
+    EXPECT_EQ(Q_GenerateICCFile(&record, name.c_str()), ERR_ICC_INVALID_PROFILE) << claim;
+  }
+  EXPECT_EQ(Contents(path), srgb);
+  ++record.header->profileSize;
+  EXPECT_EQ(Q_GenerateICCPointer(&record), ERR_ICC_INVALID_PROFILE);
+  EXPECT_EQ(+record.profileByteSize, 480u) << "of its parts";
+  EXPECT_EQ(Image(), srgb) << "the old bytes";
+  record.profileByteSize = 100;
+  EXPECT_EQ(Q_GenerateICCFile(&record, name.c_str()), SUCCESS) << "as it stands";
+  EXPECT_EQ(Contents(path), Bytes(srgb.begin(), srgb.begin() + 100));
 }
 
 }  // namespace

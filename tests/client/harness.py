@@ -19,6 +19,11 @@ class ClientTest(unittest.TestCase):
     def run_client(self, *arguments):
         return subprocess.run([*QVCLR, *arguments], cwd=self.folder, capture_output=True, text=True, timeout=120)
 
+    def succeeds(self, *arguments):
+        run = self.run_client(*arguments)
+        self.assertEqual((run.returncode, run.stderr), (0, ""), run.args)
+        return run
+
 
 def main():
     # The tests run in folders of their own.

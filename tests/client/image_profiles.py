@@ -43,14 +43,6 @@ class ImageProfiles(harness.ClientTest):
             self.assertFalse((self.folder / "none.icc").exists())
         self.assertEqual(self.read("a.jpg"), before, "byte for byte")
 
-    def test_gif_is_written_only(self):
-        before = self.write("a.gif", b"GIF89a" + bytes(20) + b";")
-        profile = (RES / "srgb.icc").read_bytes()
-        self.profile("embed", "a.gif", str(RES / "srgb.icc"))
-        self.assertEqual(self.read("a.gif")[:40], before[:-1] + b"!\xff\x0bICCRGBG1\0\1\2"[:40 - len(before) + 1])
-        self.assertIn(b"\xff" + profile[:255], self.read("a.gif"))
-        self.profile("extract", "a.gif", "out.icc", status=2, says="ERR_ICC_FORMAT_NOT_SUPPORTED (-1154)")
-
     def test_damage_is_told(self):
         profile = (RES / "srgb.icc").read_bytes()
         half = len(profile) // 2
@@ -65,8 +57,8 @@ class ImageProfiles(harness.ClientTest):
                 self.profile("extract", "a.jpg", "out.icc", "--check", status=2 if remark else 0, says=remark or "")
                 self.profile("extract", "a.jpg", "out.icc")
                 self.assertEqual(self.read("out.icc"), b"".join(chunk[2] for chunk in chunks))
-        for image, reason in (("nowhere.jpg", "ERR_FILE_ACCESS (-10)"), ("out.icc", "ERR_ICC_FORMAT_NOT_SUPPORTED")):
-            self.profile("embed", image, str(RES / "srgb.icc"), status=2, says=reason if image != "nowhere.jpg" else image)
+        for image, reason in (("nowhere.jpg", "nowhere.jpg"), ("out.icc", "ERR_ICC_FORMAT_NOT_SUPPORTED")):
+            self.profile("embed", image, str(RES / "srgb.icc"), status=2, says=reason)
         self.write("broken.icc", profile[:-1])
         self.profile("embed", "a.jpg", "broken.icc", status=2, says="its size field is not its size")
 

@@ -6,10 +6,7 @@ import sys
 
 sys.dont_write_bytecode = True  # the source tree stays clean
 import harness  # noqa: E402
-import images  # noqa: E402
 import profiles  # noqa: E402
-
-SRGB = profiles.RES / "srgb.icc"
 
 
 def fixed(*numbers):
@@ -206,8 +203,7 @@ class Edit(profiles.ProfileTest):
     def test_a_profile_made_from_nothing(self):
         words = ("--class mntr --space RGB --pcs XYZ --intent relative --platform APPL --creator me --flags 1 "
                  "--attributes 8").split()
-        run = self.run_client("profile", "new", "in.icc", "--date", "2024-02-29 23:59:59", *words)
-        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.succeeds("profile", "new", "in.icc", "--date", "2024-02-29 23:59:59", *words)
         profile = (self.folder / "in.icc").read_bytes()
         view = json.loads(self.profile("dump", profile, "--json").stdout)["header"]
         self.assertEqual([view["size"], view["date"], view["intent"]["number"], view["creator"],
@@ -220,15 +216,6 @@ class Edit(profiles.ProfileTest):
             signature, kind, *words = line.split()
             self.edit((self.folder / "in.icc").read_bytes(), "set", signature, "--type", kind, *words)
         self.assertEqual(self.defects((self.folder / "in.icc").read_bytes()), [])
-
-        (self.folder / "in.ppm").write_bytes(b"P6\n64 1\n255\n" + images.pixels(64 * 3))
-        self.edit((self.folder / "in.icc").read_bytes(), "delete", "desc")
-        cmyk = []
-        for profile in ("in.icc", SRGB):
-            run = self.run_client("convert", "in.ppm", "out", "--to", "cmyk", "--src-profile", str(profile))
-            self.assertEqual((run.returncode, run.stderr), (0, ""))
-            cmyk.append((self.folder / "out").read_bytes())
-        self.assertLessEqual(max(abs(a - b) for a, b in zip(*cmyk, strict=True)), 1)
 
     def test_others_stay_as_they_are(self):
         odd = tag("text", b"odd\0\0")  # 13 bytes and three of padding
@@ -269,8 +256,7 @@ class Edit(profiles.ProfileTest):
         for sample, _ in SAMPLES:
             (self.folder / "from.icc").write_bytes(build(("desc", PARA), ("same", sample + b"\t"), header=old))
             (self.folder / "to.icc").write_bytes(build(("same", GAMMA), ("rTRC", GAMMA)))
-            run = self.run_client("profile", "copy-tag", "from.icc", "to.icc", "same")
-            self.assertEqual((run.returncode, run.stderr), (0, ""))
+            self.succeeds("profile", "copy-tag", "from.icc", "to.icc", "same")
             self.assertEqual(parsed((self.folder / "to.icc").read_bytes()), [("rTRC", GAMMA), ("same", sample + b"\t")])
         run = self.run_client("profile", "copy-tag", "to.icc", "to.icc", "rTRC")
         self.assertEqual([name for name, _ in parsed((self.folder / "to.icc").read_bytes())], ["same", "rTRC"])
@@ -280,7 +266,7 @@ class Edit(profiles.ProfileTest):
         outside = profiles.patched(sound, (profiles.entry(1, 1), 10000))
         (self.folder / "other.icc").write_bytes(outside)
         for reason, content, line in (
-                ("older than version 4", SRGB.read_bytes(), "delete desc"),
+                ("older than version 4", (profiles.RES / "srgb.icc").read_bytes(), "delete desc"),
                 ("the size field tells", sound + bytes(4), "delete desc"),
                 ("ERR_ICC_INVALID", outside, "delete wild"), ("no tag 'cprt'", sound, "delete cprt"),
                 ("no signature", sound, "delete desc5"), ("no signature", sound, "set 0x1 --type abcde x"),

@@ -147,19 +147,6 @@ class Check(ProfileTest):
 
 
 class Dump(ProfileTest):
-    def test_profiles_of_the_library(self):
-        for path in RES.glob("*.icc"):
-            content = path.read_bytes()
-            view = json.loads(self.profile("dump", content, "--json").stdout)
-            header = view["header"]
-            self.assertEqual([header["size"], header["version"], header["class"]["signature"], header["magic"]],
-                             [len(content), "2.4.0", content[12:16].decode(), "acsp"])
-            for i, tag in enumerate(view["tags"]):
-                signature, offset, size = struct.unpack_from(">4sII", content, entry(i))
-                self.assertEqual([tag[key] for key in ("signature", "type", "offset", "size")],
-                                 [signature.decode(), content[offset:offset + 4].decode(), offset, size])
-            self.assertEqual(len(view["tags"]), content[131])
-
     def test_unusual_fields(self):
         content = with_id(patched(make(), (4, b'a"\\ '), (12, b"ABCD"), (44, 0x80000003), (48, b"\1\2\x1b["),
                                   (56, 0x80000000), (60, 5), (64, 9), (68, 0xFFFF8000),
@@ -179,6 +166,7 @@ class Dump(ProfileTest):
         first, second, third = view["tags"][:3]
         self.assertEqual([first["signature"], first["name"], second["type"], third["type"]],
                          ["0x00000001", None, None, None])
+        self.assertEqual([second["offset"], second["size"], third["size"]], [0xFFFFFFFE, 10, 3])
 
         text = self.profile("dump", content).stdout
         self.assertTrue(all(32 <= ord(c) < 127 or c == "\n" for c in text))

@@ -30,8 +30,7 @@ class ConvertTest(harness.ClientTest):
     def convert(self, content, out, *arguments):
         """The bytes that the client makes of the content."""
         (self.folder / "in").write_bytes(content)
-        run = self.run_client("convert", "in", out, *arguments)
-        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.succeeds("convert", "in", out, *arguments)
         return (self.folder / out).read_bytes()
 
     def to_rgb(self, content, *arguments):
@@ -108,16 +107,15 @@ class Methods(ConvertTest):
 
     def made(self, picture, to, *arguments):
         """Photometric interpretation and pixels that the client makes of a picture in the folder."""
-        run = self.run_client("convert", picture, "made.tif", "--to", to, *arguments)
-        self.assertEqual((run.returncode, run.stderr), (0, ""), run.args)
+        self.succeeds("convert", picture, "made.tif", "--to", to, *arguments)
         tags, pixels = images.read_tiff((self.folder / "made.tif").read_bytes())
         return tags[262][0], pixels
 
-    def write_table(self, name, file=None):
+    def write_table(self, name, file):
         entries = (RES / f"{name}.et").read_bytes()
         side = math.isqrt(len(entries) // 3)
-        (self.folder / (file or f"{name}.tif")).write_bytes(images.tiff(side, side, 3, entries, 2))
-        return file or f"{name}.tif"
+        (self.folder / file).write_bytes(images.tiff(side, side, 3, entries, 2))
+        return file
 
     def test_settings(self):
         for arguments, black in (([], 175), (["--black", "0"], 0), (["--black", "90"], 90)):
@@ -129,8 +127,9 @@ class Methods(ConvertTest):
         self.assertLess(max(abs(a - b) for a, b in zip(white["d65"][1], white["0.3127,0.3290"][1])), 4)
         for name, reason in (("0,0", "ERR_INV_PARAMETER (-13)"), ("1,2,3", "no chromaticity"), ("d51", "white point")):
             self.assert_fails(PPM, reason, "--to", "lab", *by_icc, "--white", name)
-        for picture, to in (("rgb", "cmyk"), ("cmyk", "rgb")):
-            self.assertEqual(self.made(picture, to, "--method", "auto"), self.made(picture, to, *by_icc))
+        self.assertEqual(self.made("cmyk", "rgb", "--method", "auto"), self.made("cmyk", "rgb", *by_icc))
+        for option, name in (("--src-profile", "srgb.icc"), ("--dst-profile", "cmyk.icc")):
+            self.assertEqual(self.made("rgb", "cmyk", option, str(RES / name)), self.made("rgb", "cmyk", *by_icc))
 
     def test_embedded_profiles_and_compression(self):
         arguments = ["--to", "cmyk", "--method", "icc", "--embed", str(PROFILE)]
@@ -143,15 +142,6 @@ class Methods(ConvertTest):
         self.assertEqual(self.to_rgb((self.folder / "out.tif").read_bytes(), "--method", "icc"), rgb)
         self.assert_fails(PPM, "a profile of cmyk, not of rgb", "--to", "rgb", "--embed", str(PROFILE), out="out.tif")
 
-    def test_the_callers_profiles(self):
-        for picture, to, names in (("rgb", "cmyk", ("srgb.icc", "cmyk.icc")), ("cmyk", "rgb", ("cmyk.icc", None)),
-                                   ("rgb", "lab", (None, "lab.icc")), ("offset-lab", "rgb", ("lab.icc", "srgb.icc"))):
-            arguments = [argument for option, name in zip(("--src-profile", "--dst-profile"), names) if name
-                         for argument in (option, str(RES / name))]
-            by_icc = self.made(picture, to, "--method", "icc", "--white", "d65")
-            self.assertEqual(self.made(picture, to, "--white", "d65", *arguments), by_icc, arguments)
-        self.assertNotEqual(self.made(picture, to, *arguments), by_icc)
-
     def test_files_of_any_name(self):
         # Red and blue change places in the profile, which is what another order of samples does.
         content = (RES / "srgb.icc").read_bytes()
@@ -159,17 +149,16 @@ class Methods(ConvertTest):
             content = content.replace(old, new, 1)
         (self.folder / "pr\u00f6fil \u8868.icc").write_bytes(content)
         (self.folder / "b\u00efld \u8868").write_bytes(PPM)
-        run = self.run_client("convert", "b\u00efld \u8868", "\u00f6ut \u8868.tif", "--to", "lab",
-                              "--src-profile", "pr\u00f6fil \u8868.icc")
-        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        self.succeeds("convert", "b\u00efld \u8868", "\u00f6ut \u8868.tif", "--to", "lab",
+                      "--src-profile", "pr\u00f6fil \u8868.icc")
         tags, lab = images.read_tiff((self.folder / "\u00f6ut \u8868.tif").read_bytes())
         self.assertEqual((tags[262][0], lab), self.made("rgb", "lab", "--from", "bgr", "--method", "icc"))
         self.assertEqual(self.made("b\u00efld \u8868", "lab", "--table", self.write_table("rgb_lab", "t\u00e4fel \u8868.tif")),
                          self.made("rgb", "lab", "--method", "table"))
 
     def test_coding_of_lab(self):
-        profile, table = ["--dst-profile", str(RES / "lab.icc")], ["--table", self.write_table("rgb_lab")]
-        back_profile, back_table = ["--src-profile", str(RES / "lab.icc")], ["--table", self.write_table("lab_rgb")]
+        profile, table = ["--dst-profile", str(RES / "lab.icc")], ["--table", self.write_table("rgb_lab", "rgb_lab.tif")]
+        back_profile, back_table = ["--src-profile", str(RES / "lab.icc")], ["--table", self.write_table("lab_rgb", "lab_rgb.tif")]
         made = {}
         for method, there, back, coding in (("formula", [], [], 8), ("icc", [], [], 9), ("table", [], [], 8),
                                             ("custom", profile, back_profile, 9), ("auto", [], [], 8),
@@ -182,13 +171,8 @@ class Methods(ConvertTest):
         self.assertEqual((made["auto"], made["custom-table"]), (made["formula"], made["table"]))
         self.assertEqual(len({made[method] for method in ("icc", "formula", "table")}), 3)
         # Without an RGB side it is the formula, whose Lab is signed.
-        ink, lab = self.made("lab", "cmyk"), self.made("cmyk", "lab")
-        for method, there, back in (("icc", [], []), ("custom", profile, back_profile)):
-            self.assertEqual(self.made("cmyk", "lab", "--method", method, *there), lab)
-            for picture in ("lab", "offset-lab"):
-                self.assertEqual(self.made(picture, "cmyk", "--method", method, *back), ink)
-            self.assertEqual(self.made("lab", "lab", "--method", method, *back),
-                             self.made("offset-lab", "lab", "--method", method, *back))
+        for picture, method, back in (("lab", "icc", []), ("offset-lab", "icc", []), ("offset-lab", "custom", back_profile)):
+            self.assertEqual(self.made(picture, "cmyk", "--method", method, *back), self.made("lab", "cmyk"))
 
     def test_what_methods_refuse(self):
         (self.folder / "text").write_text("neither a profile nor a table, only some words in a row, and more of them")

@@ -36,17 +36,6 @@ inline Bytes IccSegments(const Bytes& profile) {
   }
   return all;
 }
-inline JpegParts PartsOf(const Bytes& jpeg) {
-  JpegParts parts;
-  size_t at = 2;
-  while (jpeg.at(at + 1) != 0xDA) {
-    const size_t end = at + 2 + (jpeg.at(at + 2) << 8 | jpeg.at(at + 3));
-    parts.emplace_back(jpeg.begin() + static_cast<ptrdiff_t>(at), jpeg.begin() + static_cast<ptrdiff_t>(end));
-    at = end;
-  }
-  parts.emplace_back(jpeg.begin() + static_cast<ptrdiff_t>(at), jpeg.end());
-  return parts;
-}
 inline Bytes JpegOf(const JpegParts& parts) {
   Bytes all = {0xFF, 0xD8};
   for (const Bytes& part : parts) std::ranges::copy(part, std::back_inserter(all));
