@@ -2,11 +2,10 @@
 
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <future>
-#include <iterator>
 #include <map>
+#include <tuple>
 
 #include "Qvclr15x.h"
 
@@ -103,30 +102,23 @@ bool HsiFromRgb(const uint8_t* rgb, Pixel& hsi) {
   return Set(hsi, i, in.b >= in.g ? 255 - h : h, LowByte((1 - static_cast<double>(in.least) / i) * 255));
 }
 
-// What depends on the hue byte alone: the sector, and the two cosines.
-struct HsiHue {
-  int sector;
-  double cosine, divisor;
-};
-std::array<HsiHue, 256> HsiHues() {
-  const auto cosine = [](double angle) { return static_cast<double>(std::cos(static_cast<long double>(angle))); };
-  std::array<HsiHue, 256> hues{};
-  for (size_t i = 0; i < 256; ++i) {
-    const double x = static_cast<double>(i) / 255 * 3.1415926535;
-    const int sector = x <= 1.0471975511666667 ? 0 : x <= 2.0943951023333334 ? 1 : 2;
-    constexpr double kReference[] = {1.0471975511666667, 3.1415926535, 2.6179938779166667};
-    hues[i] = {sector, cosine(x), cosine(kReference[sector] - x)};
-  }
-  return hues;
-}
-
 bool HsiToRgb(const uint8_t* hsi, Pixel& rgb) {
-  static const std::array<HsiHue, 256> kHues = HsiHues();
-  const auto [sector, cosine, divisor] = kHues[hsi[1]];
+  const auto cosine = [](double angle) { return static_cast<double>(std::cos(static_cast<long double>(angle))); };
+  static const auto kHues = [&] {  // the sector; cosines of the angle and of its distance from the sector's own
+    std::array<std::tuple<int, double, double>, 256> hues{};
+    for (size_t i = 0; i < 256; ++i) {
+      const double x = static_cast<double>(i) / 255 * 3.1415926535;
+      constexpr double kOwn[] = {1.0471975511666667, 3.1415926535, 2.6179938779166667};
+      const int sector = x <= 1.0471975511666667 ? 0 : x <= 2.0943951023333334 ? 1 : 2;
+      hues[i] = {sector, cosine(x), cosine(kOwn[sector] - x)};
+    }
+    return hues;
+  }();
+  const auto [sector, of_hue, divisor] = kHues[hsi[1]];
   const int32_t i = hsi[0];
   const double s = hsi[2] / 255.0;
   // Names as in the first sector; the others are the same, turned by one and by two channels.
-  const auto blue = static_cast<int16_t>(i * (1 - s)), red = static_cast<int16_t>(i * (1 + s * cosine / divisor));
+  const auto blue = static_cast<int16_t>(i * (1 - s)), red = static_cast<int16_t>(i * (1 + s * of_hue / divisor));
   const auto green = static_cast<int16_t>(3 * i - (blue + red));
   const int32_t r = Clamped(int32_t{red}), g = Clamped(int32_t{green}), b = Clamped(int32_t{blue});
   return sector == 0 ? Set(rgb, r, g, b) : sector == 1 ? Set(rgb, b, r, g) : Set(rgb, g, b, r);
@@ -141,14 +133,13 @@ double CubeRoot(double t) {
   const long double near = std::cbrt(t);
   return static_cast<double>(near - (near * near * near - t) / (3 * near * near));
 }
-double Power(double x, double y) {
-  return static_cast<double>(std::pow(static_cast<long double>(x), static_cast<long double>(y)));
-}
-
 bool LabFromRgb(const uint8_t* rgb, Pixel& lab) {
   static const auto kLinear = [] {
     std::array<double, 256> linear{};
-    for (size_t i = 0; i < 256; ++i) linear[i] = Power(static_cast<double>(i) / 255, 1 / (45 / 100.0));
+    for (size_t i = 0; i < 256; ++i) {
+      const long double byte = static_cast<double>(i) / 255;
+      linear[i] = static_cast<double>(std::pow(byte, static_cast<long double>(1 / (45 / 100.0))));
+    }
     return linear;
   }();
   const auto f = [](double t) { return t > 0.008856 ? CubeRoot(t) : 7.7867 * t + kFoot; };
@@ -157,16 +148,6 @@ bool LabFromRgb(const uint8_t* rgb, Pixel& lab) {
   const double fx = f((0.4124529957771301 * r + 0.3575800061225891 * g + 0.18042300641536713 * b) * 100 / kWhiteX);
   const double fz = f((0.01933399960398674 * r + 0.11919300258159637 * g + 0.9502270221710205 * b) * 100 / kWhiteZ);
   return Set(lab, Truncated(116 * fy - 16) * 255 / 100, LowByte(500 * (fx - fy)), LowByte(200 * (fy - fz)));
-}
-
-// The middle of the truncated values that are stored as this byte.
-double MiddleOfLightness(uint8_t byte) {
-  const int32_t stored = (byte * 100 + 254) / 255;  // the whole L* of which 255/100, truncated, is the byte
-  return stored == 0 || stored == 100 ? stored : stored + 0.5;
-}
-double MiddleOfChroma(uint8_t byte) {
-  const auto stored = static_cast<int8_t>(byte);
-  return stored > 0 ? stored + 0.5 : stored < 0 ? stored - 0.5 : 0.0;
 }
 
 bool LabToRgb(const uint8_t* lab, Pixel& rgb) {
@@ -181,8 +162,11 @@ bool LabToRgb(const uint8_t* lab, Pixel& rgb) {
     return static_cast<int32_t>(std::ranges::upper_bound(kLimits, static_cast<long double>(linear)) - kLimits.begin());
   };
   const auto inverse = [](double f) { return f * f * f > 0.008856 ? f * f * f : (f - kFoot) / 7.7867; };
-  const double fy = (MiddleOfLightness(lab[0]) + 16) / 116;
-  const double fx = fy + MiddleOfChroma(lab[1]) / 500, fz = fy - MiddleOfChroma(lab[2]) / 200;
+  // The middle of the values that are truncated to this one. 255/100 of a whole L* is the byte.
+  const auto middle = [](int32_t stored) { return stored + (stored > 0 ? 0.5 : stored < 0 ? -0.5 : 0.0); };
+  const int32_t lightness = (lab[0] * 100 + 254) / 255;
+  const double fy = ((lightness == 100 ? 100 : middle(lightness)) + 16) / 116;
+  const double fx = fy + middle(static_cast<int8_t>(lab[1])) / 500, fz = fy - middle(static_cast<int8_t>(lab[2])) / 200;
   const double x = inverse(fx) * kWhiteX / 100, y = inverse(fy), z = inverse(fz) * kWhiteZ / 100;
   return Set(rgb, coded(3.240478992462158 * x - 1.5371500253677368 * y - 0.49853500723838806 * z),
              coded(-0.9692559838294983 * x + 1.875991940498352 * y + 0.04155600070953369 * z),
@@ -192,29 +176,26 @@ bool LabToRgb(const uint8_t* lab, Pixel& rgb) {
 // ---- Ink
 
 Model CmykModel(bool to_rgb, int32_t black_param) {
+  static const auto kSquares = [] {
+    std::array<double, 256> squares{};
+    for (size_t i = 0; i < 256; ++i) squares[i] = ExactPower(static_cast<double>(i) / 255, 2);
+    return squares;
+  }();
   const double base = black_param / 1000.0, fifth_power = ExactPower(base, 5);
   const auto factor = static_cast<int16_t>(static_cast<uint32_t>(Truncated(ExactPower(base, 4) * 256)));
-  const auto square = [](int32_t neutrality) { return ExactPower(neutrality / 255.0, 2); };
-  if (!to_rgb) {
-    std::array<double, 256> squares{};
-    for (size_t i = 0; i < 256; ++i) squares[i] = square(static_cast<int32_t>(i));
-    return [=](const uint8_t* rgb, Pixel& cmyk) {
-      const Channels in(rgb);
-      const int32_t smallest = 255 - in.most, spread = in.most - in.least;
-      const int64_t removed =
-          Truncated(smallest / 255.0 * fifth_power * squares[static_cast<size_t>(255 - spread)] * 255);
-      cmyk = {LowByte(255 - in.r - removed), LowByte(255 - in.g - removed), LowByte(255 - in.b - removed),
-              LowByte(smallest * base)};
-      return true;
-    };
-  }
-  std::array<int32_t, 256> weights{};
-  for (size_t i = 0; i < 256; ++i) weights[i] = Truncated(square(static_cast<int32_t>(i)) * 256);
-  return [=](const uint8_t* cmyk, Pixel& rgb) {
-    const Channels in(cmyk);
-    const int32_t grey = cmyk[3] * weights[static_cast<size_t>(in.least - in.most + 255)] >> 8;
-    const int64_t black = std::min(grey * factor, 255 - in.most);
-    rgb = {LowByte(255 - in.r - black), LowByte(255 - in.g - black), LowByte(255 - in.b - black)};
+  return [=](const uint8_t* src, Pixel& dst) {
+    const Channels in(src);
+    const double grey = kSquares[static_cast<size_t>(255 - (in.most - in.least))];
+    if (to_rgb) {
+      const int32_t weighted = src[3] * Truncated(grey * 256) >> 8;
+      const int64_t black = std::min(weighted * factor, 255 - in.most);
+      dst = {LowByte(255 - in.r - black), LowByte(255 - in.g - black), LowByte(255 - in.b - black)};
+    } else {
+      const int32_t smallest = 255 - in.most;
+      const int64_t removed = Truncated(smallest / 255.0 * fifth_power * grey * 255);
+      dst = {LowByte(255 - in.r - removed), LowByte(255 - in.g - removed), LowByte(255 - in.b - removed),
+             LowByte(smallest * base)};
+    }
     return true;
   };
 }
@@ -243,16 +224,15 @@ bool YccKToRgb(const uint8_t* ycck, Pixel& rgb) {
 
 // ---- Emulation tables
 
-enum class SignedSide : uint8_t { kNeither, kSource, kTarget };  // of which the second and third bytes are signed
-
 // The mean of two corners. The upper one wraps to the first node, but for a and b of Lab.
-Model TableModel(size_t channels, int step, SignedSide side, const uint8_t* table) {
+Model TableModel(std::string_view kernel, const uint8_t* table) {
+  const bool ink = kernel == "EmuCMYKToRGB", from_lab = kernel == "EmuLabToRGB", to_lab = kernel == "EmuRGBToLab";
+  const size_t channels = ink ? 4 : 3, step = ink ? 16 : 8, nodes = 256 / step + 1;
   return [=](const uint8_t* src, Pixel& dst) {
     size_t lower = 0, upper = 0;
     for (size_t i = 0; i < channels; ++i) {
-      const bool is_signed = side == SignedSide::kSource && i > 0;
+      const bool is_signed = from_lab && i > 0;
       const double place = (src[i] ^ (is_signed ? 0x80 : 0)) / static_cast<double>(step);
-      const auto nodes = static_cast<size_t>(256 / step + 1);
       auto above = static_cast<size_t>(std::ceil(place));
       if (above + 1 == nodes && !is_signed) above = 0;
       lower = lower * nodes + static_cast<size_t>(place);
@@ -260,7 +240,7 @@ Model TableModel(size_t channels, int step, SignedSide side, const uint8_t* tabl
     }
     for (size_t i = 0; i < 3; ++i) {
       int a = table[3 * lower + i], b = table[3 * upper + i];
-      if (side == SignedSide::kTarget && i > 0) a = static_cast<int8_t>(a), b = static_cast<int8_t>(b);
+      if (to_lab && i > 0) a = static_cast<int8_t>(a), b = static_cast<int8_t>(b);
       dst[i] = static_cast<uint8_t>((a + b) >> 1);
     }
     return true;
@@ -269,82 +249,69 @@ Model TableModel(size_t channels, int step, SignedSide side, const uint8_t* tabl
 
 // ---- Luma and chroma, matrices, and what is only moved or turned round
 
+// How channels besides RGB stand in a byte: all but the first signed, or by their place in a span.
+struct Coding {
+  bool is_signed = false;
+  double below_zero[3] = {}, spans[3] = {};  // no span: as it stands
+};
+const Coding kPlain, kSigned = {true}, kYiq = {false, {0, 152, 134}, {263, 303, 267}};
+const Coding kYuv = {false, {0, 112, 138}, {0, 223, 275}};
+
+struct WeightedSums {
+  std::string_view name;
+  const Coding& coding;
+  double weights[3][3];
+};
+const WeightedSums kSums[] = {
+    {"RGBToBGR", kPlain, {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}}},
+    {"BGRToRGB", kPlain, {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}}},
+    {"RGBToXYZ", kPlain, {{0.63267, 0.228457, 0.0}, {0.204556, 0.737352, 0.00951424}, {0.126995, 0.0341908, 0.815696}}},
+    {"XYZToRGB",
+     kPlain,
+     {{1.75526, -0.544134, 0.00634681}, {-0.483679, 1.50688, -0.0175762}, {-0.253, 0.0215528, 1.2257}}},
+    {"RGBToYCbCr", kSigned, {{0.299, 0.587, 0.114}, {-0.16874, -0.33126, 0.5}, {0.5, -0.41869, -0.08131}}},
+    {"YCbCrToRGB", kSigned, {{1, 0, 1.402}, {1, -0.3441363, -0.71413636}, {1, 1.772, 0}}},
+    {"RGBToYIQ", kYiq, {{0.299, 0.587, 0.114}, {0.596, -0.274, -0.322}, {0.212, -0.523, 0.311}}},
+    {"YIQToRGB", kYiq, {{1, 0.956, 0.621}, {1, -0.272, -0.647}, {1, -1.105, 1.702}}},
+    {"RGBToYUV", kYuv, {{0.299, 0.587, 0.114}, {-0.146, -0.288, 0.434}, {0.617, -0.517, -0.1}}}};
+
+bool Convert(const WeightedSums& sums, const uint8_t* src, Pixel& dst) {
+  const auto& [is_signed, below_zero, spans] = sums.coding;
+  const bool from_rgb = sums.name.starts_with("RGB");
+  double in[3];
+  for (size_t i = 0; i < 3; ++i) {
+    in[i] = is_signed && !from_rgb && i > 0 ? static_cast<int8_t>(src[i]) : src[i];
+    if (spans[i] != 0 && !from_rgb) in[i] = Truncated(in[i] / 255 * spans[i] - below_zero[i]);
+  }
+  for (size_t i = 0; i < 3; ++i) {
+    double sum = sums.weights[i][0] * in[0] + sums.weights[i][1] * in[1] + sums.weights[i][2] * in[2];
+    if (spans[i] != 0 && from_rgb) sum = (sum + below_zero[i]) / spans[i] * 255 + 0.5;
+    dst[i] = is_signed && from_rgb && i > 0 ? Signed(sum) : Clamped(sum);
+  }
+  return true;
+}
+
+bool Complement(const uint8_t* src, Pixel& dst) { return Set(dst, 255 - src[0], 255 - src[1], 255 - src[2]); }
+
+bool YuvToRgb(const uint8_t* yuv, Pixel& rgb) {
+  const int32_t y = yuv[0], u = Truncated(yuv[1] / 255.0 * 223) - 112, v = Truncated(yuv[2] / 255.0 * 275) - 138;
+  return Set(rgb, Clamped(y + ((37221 * v - 29 * u) >> 15)), Clamped(y + ((-18940 * v - 12943 * u) >> 15)),
+             Clamped(y + ((-33 * v + 66883 * u) >> 15)));
+}
+
 Model ModelOf(std::string_view kernel, const ModelSettings& settings) {
-  const auto reverse = [](const uint8_t* src, Pixel& dst) { return Set(dst, src[2], src[1], src[0]); };
-  const auto complement = [](const uint8_t* src, Pixel& dst) {
-    return Set(dst, 255 - src[0], 255 - src[1], 255 - src[2]);
-  };
   static const std::map<std::string_view, Model> kModels = {
-      {"RGBToBGR", reverse},
-      {"BGRToRGB", reverse},
-      {"RGBToCMY", complement},
-      {"CMYToRGB", complement},
-      {"RGBToHSV", HsvFromRgb},
-      {"HSVToRGB", HsvToRgb},
-      {"RGBToHLS", HlsFromRgb},
-      {"HLSToRGB", HlsToRgb},
-      {"RGBToHSI", HsiFromRgb},
-      {"HSIToRGB", HsiToRgb},
-      {"RGBToLab", LabFromRgb},
-      {"LabToRGB", LabToRgb},
-      {"RGBToCMYKProfile", YccKFromRgb},
-      {"CMYKProfileToRGB", YccKToRgb},
-      {"RGBToXYZ",
-       [](const uint8_t* rgb, Pixel& xyz) {
-         const double r = rgb[0], g = rgb[1], b = rgb[2];
-         return Set(xyz, LowByte(0.63267 * r + 0.228457 * g + 0.0 * b),
-                    LowByte(0.204556 * r + 0.737352 * g + 0.00951424 * b),
-                    LowByte(0.126995 * r + 0.0341908 * g + 0.815696 * b));
-       }},
-      {"XYZToRGB",
-       [](const uint8_t* xyz, Pixel& rgb) {
-         const double x = xyz[0], y = xyz[1], z = xyz[2];
-         return Set(rgb, Clamped(Truncated(1.75526 * x - 0.544134 * y + 0.00634681 * z)),
-                    Clamped(Truncated(-0.483679 * x + 1.50688 * y - 0.0175762 * z)),
-                    Clamped(Truncated(-0.253 * x + 0.0215528 * y + 1.2257 * z)));
-       }},
-      {"RGBToYCbCr",
-       [](const uint8_t* rgb, Pixel& ycc) {
-         const double r = rgb[0], g = rgb[1], b = rgb[2];
-         return Set(ycc, Clamped(0.299 * r + 0.587 * g + 0.114 * b), Signed(-0.16874 * r - 0.33126 * g + 0.5 * b),
-                    Signed(0.5 * r - 0.41869 * g - 0.08131 * b));
-       }},
-      {"YCbCrToRGB",
-       [](const uint8_t* ycc, Pixel& rgb) {
-         const double y = ycc[0], cb = static_cast<int8_t>(ycc[1]), cr = static_cast<int8_t>(ycc[2]);
-         return Set(rgb, Clamped(y + 1.402 * cr), Clamped(y - 0.3441363 * cb - 0.71413636 * cr),
-                    Clamped(y + 1.772 * cb));
-       }},
-      {"RGBToYIQ",
-       [](const uint8_t* rgb, Pixel& yiq) {
-         const double r = rgb[0], g = rgb[1], b = rgb[2];
-         return Set(yiq, Clamped((0.299 * r + 0.587 * g + 0.114 * b) / 263 * 255 + 0.5),
-                    Clamped((0.596 * r - 0.274 * g - 0.322 * b + 152) / 303 * 255 + 0.5),
-                    Clamped((0.212 * r - 0.523 * g + 0.311 * b + 134) / 267 * 255 + 0.5));
-       }},
-      {"YIQToRGB",
-       [](const uint8_t* yiq, Pixel& rgb) {
-         const double y = Truncated(yiq[0] / 255.0 * 263), i = Truncated(yiq[1] / 255.0 * 303 - 152);
-         const double q = Truncated(yiq[2] / 255.0 * 267 - 134);
-         return Set(rgb, Clamped(y + 0.956 * i + 0.621 * q), Clamped(y - 0.272 * i - 0.647 * q),
-                    Clamped(y - 1.105 * i + 1.702 * q));
-       }},
-      {"RGBToYUV",
-       [](const uint8_t* rgb, Pixel& yuv) {
-         const double r = rgb[0], g = rgb[1], b = rgb[2];
-         return Set(yuv, Clamped(0.299 * r + 0.587 * g + 0.114 * b),
-                    Clamped((-0.146 * r - 0.288 * g + 0.434 * b + 112) / 223 * 255 + 0.5),
-                    Clamped((0.617 * r - 0.517 * g - 0.1 * b + 138) / 275 * 255 + 0.5));
-       }},
-      {"YUVToRGB", [](const uint8_t* yuv, Pixel& rgb) {
-         const int32_t y = yuv[0], u = Truncated(yuv[1] / 255.0 * 223) - 112, v = Truncated(yuv[2] / 255.0 * 275) - 138;
-         return Set(rgb, Clamped(y + ((37221 * v - 29 * u) >> 15)), Clamped(y + ((-18940 * v - 12943 * u) >> 15)),
-                    Clamped(y + ((-33 * v + 66883 * u) >> 15)));
-       }}};
+
+      {"RGBToCMY", Complement},       {"CMYToRGB", Complement}, {"RGBToHSV", HsvFromRgb},
+      {"HSVToRGB", HsvToRgb},         {"RGBToHLS", HlsFromRgb}, {"HLSToRGB", HlsToRgb},
+      {"RGBToHSI", HsiFromRgb},       {"HSIToRGB", HsiToRgb},   {"RGBToLab", LabFromRgb},
+      {"LabToRGB", LabToRgb},         {"YUVToRGB", YuvToRgb},   {"RGBToCMYKProfile", YccKFromRgb},
+      {"CMYKProfileToRGB", YccKToRgb}};
+  for (const WeightedSums& sums : kSums) {
+    if (sums.name == kernel) return [&sums](const uint8_t* src, Pixel& dst) { return Convert(sums, src, dst); };
+  }
   if (kernel == "RGBToCMYK" || kernel == "CMYKToRGB") return CmykModel(kernel[0] == 'C', settings.black_param);
-  if (kernel == "EmuCMYKToRGB") return TableModel(4, 16, SignedSide::kNeither, settings.table);
-  if (kernel == "EmuRGBToLab") return TableModel(3, 8, SignedSide::kTarget, settings.table);
-  if (kernel == "EmuLabToRGB") return TableModel(3, 8, SignedSide::kSource, settings.table);
+  if (kernel.starts_with("Emu")) return TableModel(kernel, settings.table);
   return kModels.at(kernel);
 }
 
@@ -355,33 +322,29 @@ Bytes VideoFromRgb(uint32_t space, const Bytes& rgb, size_t width, size_t height
   const bool planar = space == CS_YVU9;
   Bytes video(planar ? width * height / 8 * 9 : width * height * (group == 2 ? 4 : 3) / 2);
   size_t u_sum = 0, v_sum = 0;
-  for (size_t y = 0; y < height; ++y) {
-    for (size_t x = 0; x < width; ++x) {
-      const uint8_t* pixel = &rgb[(y * width + x) * 3];
-      const double r = pixel[0], g = pixel[1], b = pixel[2];
-      const VideoSamples at = VideoSamplesOf(space, width, height, x, y);
-      video[at.y] = LowByte((100 * (b - 0.5) + 516 * (g - 0.5) + 263 * (r - 0.5)) / 1024 + 16);
-      if (x % group == 0) u_sum = v_sum = 0;
-      u_sum += LowByte((450 * (b - 0.5) - 298 * (g - 0.5) - 152 * (r - 0.5)) / 1024 + 128);
-      v_sum += LowByte((-73 * (b - 0.5) - 377 * (g - 0.5) + 450 * (r - 0.5)) / 1024 + 128);
-      if (x % group != group - 1) continue;
-      const bool blend = planar && y % 4 != 0;
-      video[at.u] = static_cast<uint8_t>(blend ? (video[at.u] + u_sum) / 5 : u_sum / group);
-      video[at.v] = static_cast<uint8_t>(blend ? (video[at.v] + v_sum) / 5 : v_sum / group);
-    }
+  for (size_t i = 0; i < width * height; ++i) {
+    const size_t x = i % width, y = i / width;
+    const double r = rgb[3 * i], g = rgb[3 * i + 1], b = rgb[3 * i + 2];
+    const VideoSamples at = VideoSamplesOf(space, width, height, x, y);
+    video[at.y] = LowByte((100 * (b - 0.5) + 516 * (g - 0.5) + 263 * (r - 0.5)) / 1024 + 16);
+    if (x % group == 0) u_sum = v_sum = 0;
+    u_sum += LowByte((450 * (b - 0.5) - 298 * (g - 0.5) - 152 * (r - 0.5)) / 1024 + 128);
+    v_sum += LowByte((-73 * (b - 0.5) - 377 * (g - 0.5) + 450 * (r - 0.5)) / 1024 + 128);
+    if (x % group != group - 1) continue;
+    const bool blend = planar && y % 4 != 0;
+    video[at.u] = static_cast<uint8_t>(blend ? (video[at.u] + u_sum) / 5 : u_sum / group);
+    video[at.v] = static_cast<uint8_t>(blend ? (video[at.v] + v_sum) / 5 : v_sum / group);
   }
   return video;
 }
 
 Bytes VideoToRgb(uint32_t space, const Bytes& video, size_t width, size_t height) {
   Bytes rgb;
-  for (size_t y = 0; y < height; ++y) {
-    for (size_t x = 0; x < width; ++x) {
-      const VideoSamples at = VideoSamplesOf(space, width, height, x, y);
-      const int32_t luma = (video[at.y] - 16) * 1192, u = video[at.u] - 128, v = video[at.v] - 128;
-      for (const int32_t value : {luma + 1634 * v, luma - 400 * u - 833 * v, luma + 2066 * u})
-        rgb.push_back(Clamped((value + 512) / 1024));
-    }
+  for (size_t i = 0; i < width * height; ++i) {
+    const VideoSamples at = VideoSamplesOf(space, width, height, i % width, i / width);
+    const int32_t luma = (video[at.y] - 16) * 1192, u = video[at.u] - 128, v = video[at.v] - 128;
+    for (const int32_t value : {luma + 1634 * v, luma - 400 * u - 833 * v, luma + 2066 * u})
+      rgb.push_back(Clamped((value + 512) / 1024));
   }
   return rgb;
 }
@@ -400,8 +363,7 @@ VideoSamples VideoSamplesOf(uint32_t space, size_t width, size_t height, size_t 
   if (space == CS_UYVY) return {pair + 1 + x % 2 * 2, pair, pair + 2};
   if (space == CS_Y41P) {
     constexpr size_t kLuma[] = {1, 3, 5, 7, 8, 9, 10, 11};
-    const size_t chroma = x % 8 < 4 ? 0 : 4;
-    return {eight + kLuma[x % 8], eight + chroma, eight + chroma + 2};
+    return {eight + kLuma[x % 8], eight + x % 8 / 4 * 4, eight + x % 8 / 4 * 4 + 2};
   }
   const size_t block = y / 4 * (width / 4) + x / 4;  // CS_YVU9
   return {pixel, pixels + pixels / 16 + block, pixels + block};
@@ -416,8 +378,8 @@ ModelFrame FrameByModel(std::string_view kernel, const Bytes& source, size_t wid
     if (kernel.ends_with(name)) return {VideoFromRgb(space, source, width, height), {}};
   }
   const Model model = ModelOf(kernel, settings);
-  const size_t dst_bytes = kernel == "RGBToCMYK" || kernel == "RGBToCMYKProfile" ? 4 : 3;
   const size_t pixels = width * height, src_bytes = source.size() / pixels;
+  const size_t dst_bytes = kernel.starts_with("RGBToCMYK") ? 4 : 3;
   ModelFrame made{Bytes(pixels * dst_bytes), {}};
   const auto convert = [&](size_t begin, size_t end) {
     std::vector<size_t> refused;
@@ -430,7 +392,7 @@ ModelFrame FrameByModel(std::string_view kernel, const Bytes& source, size_t wid
   };
   auto second_half = std::async(std::launch::async, convert, pixels / 2, pixels);
   made.refused = convert(0, pixels / 2);
-  std::ranges::copy(second_half.get(), std::back_inserter(made.refused));
+  for (const size_t pixel : second_half.get()) made.refused.push_back(pixel);
   return made;
 }
 

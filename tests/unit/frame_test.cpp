@@ -32,25 +32,6 @@ TEST(Frame, SizesRoundUpPerLineOrPerFrame) {
   }
 }
 
-TEST(Frame, SizeRulesAreThoseOfBothSpacesTheSourceFirst) {
-  struct Case {
-    uint32_t in, out;
-    int32_t width, height;
-    Status status;
-  };
-  for (const Case& c : {Case{CS_RGB, CS_YUY2, 3, 1, kInvalidWidthAlignment},
-                        {CS_UYVY, CS_RGB, 1, 2, kInvalidWidthAlignment},
-                        {CS_Y41P, CS_RGB, 12, 1, kInvalidWidthAlignment},
-                        {CS_RGB, CS_YVU9, 6, 4, kInvalidYuv9Size},
-                        {CS_RGB, CS_YVU9, 8, 6, kInvalidYuv9Size},
-                        {CS_CMYK, CS_LAB, 1, 1, kSuccess},
-                        {CS_YVU9, CS_Y41P, 6, 4, kInvalidYuv9Size},
-                        {CS_Y41P, CS_YVU9, 6, 4, kInvalidWidthAlignment}}) {
-    EXPECT_EQ(CheckSizeRules({FindSpace(c.in), c.width, c.height}, {FindSpace(c.out), c.width, c.height}), c.status)
-        << c.in << " to " << c.out << ", " << c.width << " x " << c.height;
-  }
-}
-
 // Lines of pixels of `a` bytes to pixels of `b` bytes, as a row function may go: forward, pixel by pixel.
 void ConvertLines(const SourceLines& from, size_t a, const TargetLines& to, size_t b) {
   for (size_t y = 0; y < from.count; ++y) {

@@ -3,6 +3,7 @@
 #include <hwy/targets.h>
 
 #include <bit>
+#include <functional>
 #include <set>
 #include <thread>
 
@@ -45,20 +46,38 @@ TransformPtr MakeTransform(const Side& from, const Bytes& from_profile, const Si
   return TransformPtr(made);
 }
 
-// On every instruction set; the length leaves a part of a block.
-void ExpectRuns(const IccTransform& transform, const Bytes& source, size_t pixels, const Bytes& expected) {
-  Bytes target(expected.size());
+// On every instruction set, apart and in place; the length leaves a part of a block.
+void ExpectRuns(const std::function<void(const uint8_t* src, uint8_t* dst)>& run, const Bytes& source,
+                const Bytes& expected) {
   for (const int64_t instructions : hwy::SupportedAndGeneratedTargets()) {
     hwy::SetSupportedTargetsForTest(instructions);
-    std::ranges::fill(target, uint8_t{0});
-    transform.Run(source.data(), target.data(), pixels);
+    Bytes target(expected.size());
+    run(source.data(), target.data());
     EXPECT_TRUE(target == expected) << hwy::TargetName(instructions);
     if (source.size() != target.size()) continue;
     target = source;
-    transform.Run(target.data(), target.data(), pixels);
+    run(target.data(), target.data());
     EXPECT_TRUE(target == expected) << hwy::TargetName(instructions) << " in place";
   }
   hwy::SetSupportedTargetsForTest(0);
+}
+void ExpectEnginesBytes(const TransformPtr& transform, const Side& from, const Bytes& from_profile, const Side& to,
+                        const Bytes& to_profile, const Bytes& source) {
+  ExpectRuns([&](const uint8_t* src, uint8_t* dst) { transform->Run(src, dst, source.size() / from.pixel); }, source,
+             ConvertedByEngine(from, from_profile, to, to_profile, source));
+}
+// The rows of a grid of two nodes against its definition; gives what that makes.
+Bytes ExpectRows(const uint16_t* colours, size_t inputs, uint32_t slack, const Bytes& source) {
+  IccGrid grid{.inputs = inputs, .outputs = 3, .nodes = 2, .slack = slack};
+  SteepCells steep{};
+  EXPECT_EQ(FillGrid(colours, &grid, &steep), kSuccess);
+  for (size_t i = 0; i < steep.count; ++i) MarkCell(&grid, steep.nodes[i]);
+  const size_t pixels = source.size() / inputs;
+  Bytes expected(3 * pixels);
+  for (size_t i = 0; i < pixels; ++i) GridPixel(grid, &source[inputs * i], &expected[3 * i]);
+  ExpectRuns([&](const uint8_t* src, uint8_t* dst) { GridRow(grid, src, dst, pixels); }, source, expected);
+  EmptyGrid(&grid);
+  return expected;
 }
 
 TEST(IccTransform, GivesTheEnginesBytes) {
@@ -93,8 +112,7 @@ TEST(IccTransform, GivesTheEnginesBytes) {
     }
     const TransformPtr transform = MakeTransform(pair.from, pair.from_profile, pair.to, pair.to_profile);
     ASSERT_TRUE(transform && !transform->RunsInEngine());
-    ExpectRuns(*transform, source, kPixels,
-               ConvertedByEngine(pair.from, pair.from_profile, pair.to, pair.to_profile, source));
+    ExpectEnginesBytes(transform, pair.from, pair.from_profile, pair.to, pair.to_profile, source);
   }
 }
 
@@ -113,7 +131,7 @@ TEST(IccTransform, LeavesWildNumbersToTheEngine) {
   for (const auto& [from, from_profile] : {std::pair(kLab, wild), std::pair(kBgr, UnevenRgbProfile(&strong_red))}) {
     const TransformPtr transform = MakeTransform(from, from_profile, kRgb, srgb);
     EXPECT_TRUE(transform->RunsInEngine());
-    ExpectRuns(*transform, source, source.size() / 3, ConvertedByEngine(from, from_profile, kRgb, srgb, source));
+    ExpectEnginesBytes(transform, from, from_profile, kRgb, srgb, source);
   }
 }
 
@@ -121,24 +139,6 @@ TEST(IccTransform, LeavesWildNumbersToTheEngine) {
 // first corner only.
 TEST(IccGrid, RowsRoundAsTheDefinitionDoes) {
   constexpr uint8_t kPixel[] = {0, 128, 1, 0};  // rests of 0, 257 * 128 + 1, 257 and 0
-  constexpr size_t kPixels = 64;
-  const auto results = [&](const uint16_t(&colours)[16][3], size_t inputs, uint32_t slack) {
-    IccGrid grid{.inputs = inputs, .outputs = 3, .nodes = 2, .slack = slack};
-    SteepCells steep{};
-    EXPECT_EQ(FillGrid(colours[0], &grid, &steep), kSuccess);
-    Bytes source, expected(3 * kPixels);
-    for (size_t i = 0; i < kPixels; ++i) source.insert(source.end(), std::end(kPixel) - inputs, std::end(kPixel));
-    for (size_t i = 0; i < kPixels; ++i) GridPixel(grid, &source[inputs * i], &expected[3 * i]);
-    for (const int64_t instructions : hwy::SupportedAndGeneratedTargets()) {
-      hwy::SetSupportedTargetsForTest(instructions);
-      Bytes target(3 * kPixels);
-      GridRow(grid, source.data(), target.data(), kPixels);
-      EXPECT_TRUE(target == expected) << inputs << ' ' << slack << ' ' << hwy::TargetName(instructions);
-    }
-    hwy::SetSupportedTargetsForTest(0);
-    EmptyGrid(&grid);
-    return expected[0];
-  };
   for (int byte = 80; byte < 180; byte += 5) {
     const int turn = 257 * byte - 128, first = turn + (byte % 2 == 0 ? 10 : -10);
     std::set<uint8_t> seen[2][2];
@@ -151,7 +151,10 @@ TEST(IccGrid, RowsRoundAsTheDefinitionDoes) {
         for (uint16_t& c : colours[i]) c = static_cast<uint16_t>(colour);
       }
       for (const size_t inputs : {3u, 4u}) {
-        for (const uint32_t slack : {0u, 1u}) seen[inputs - 3][slack].insert(results(colours, inputs, slack));
+        Bytes source;
+        for (size_t i = 0; i < 64; ++i) source.insert(source.end(), std::end(kPixel) - inputs, std::end(kPixel));
+        for (const uint32_t slack : {0u, 1u})
+          seen[inputs - 3][slack].insert(ExpectRows(colours[0], inputs, slack, source)[0]);
       }
     }
     for (const auto& of_inputs : seen) {
@@ -164,23 +167,7 @@ TEST(IccGrid, RowsRoundAsTheDefinitionDoes) {
 TEST(IccGrid, RowsLeaveMarkedCellsToTheDefinition) {
   uint16_t colours[8][3];
   for (size_t i = 0; i < 8; ++i) std::ranges::fill(colours[i], std::popcount(i) % 2 == 0 ? 100 : 65300);
-  const Bytes source = RandomBytes(3 * 10000);
-  for (const uint32_t slack : {0u, 1u}) {
-    IccGrid grid{.inputs = 3, .outputs = 3, .nodes = 2, .slack = slack};
-    SteepCells steep{};
-    ASSERT_EQ(FillGrid(colours[0], &grid, &steep), kSuccess);
-    for (size_t i = 0; i < steep.count; ++i) MarkCell(&grid, steep.nodes[i]);
-    Bytes expected(source.size());
-    for (size_t i = 0; i < source.size(); i += 3) GridPixel(grid, &source[i], &expected[i]);
-    for (const int64_t instructions : hwy::SupportedAndGeneratedTargets()) {
-      hwy::SetSupportedTargetsForTest(instructions);
-      Bytes target(source.size());
-      GridRow(grid, source.data(), target.data(), source.size() / 3);
-      EXPECT_TRUE(target == expected) << slack << ' ' << hwy::TargetName(instructions);
-    }
-    hwy::SetSupportedTargetsForTest(0);
-    EmptyGrid(&grid);
-  }
+  for (const uint32_t slack : {0u, 1u}) ExpectRows(colours[0], 3, slack, RandomBytes(3 * 10000));
 }
 
 // Transforms that no converter needs stay, up to a number.

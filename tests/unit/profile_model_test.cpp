@@ -112,21 +112,12 @@ class Random {
 
 // Lies about sizes, places and counts, none of them by much: a profile that claims 4 GB is another test.
 Bytes Damaged(Bytes bytes, Random& random) {
+  if (random.Below(3) == 0) bytes.resize(132 + random.Below(bytes.size()));
   for (size_t changes = random.Below(4); changes > 0; --changes) {
-    const size_t entry = 132 + 12 * random.Below(WordAt(bytes, 128) % 64 + 1), field = 4 + 4 * random.Below(2);
-    const auto step = static_cast<uint32_t>(random.Below(25) - 12);
-    switch (random.Below(7)) {
-      case 0: SetWordAt(bytes, 0, std::max(WordAt(bytes, 0), 12u) + step); break;
-      case 1: SetWordAt(bytes, 128, random.Below(8) ? WordAt(bytes, 128) + step / 4 % 3 : 0x80000000); break;
-      case 2: bytes.resize(bytes.size() + random.Below(40)); break;
-      case 3: bytes.resize(std::max(bytes.size() - random.Below(bytes.size() / 2), size_t{132})); break;
-      case 4: bytes[8] = static_cast<uint8_t>(random.Below(6)); break;
-      default:
-        if (entry + 12 > bytes.size()) break;
-        SetWordAt(bytes, entry + field,
-                  (random.Below(2) ? WordAt(bytes, 132 + field) : WordAt(bytes, entry + field)) +
-                      step * static_cast<uint32_t>(random.Below(2)));
-    }
+    const size_t words = std::min<size_t>(WordAt(bytes, 128), 64) * 3, word = random.Below(words + 2);
+    const size_t at = word == words ? 0 : word == words + 1 ? 128 : std::min(132 + 4 * word, bytes.size() - 4);
+    const uint32_t old = WordAt(bytes, random.Below(2) || at < 132 ? at : 136), step = uint32_t(random.Below(25)) - 12;
+    SetWordAt(bytes, at, at == 128 ? (random.Below(8) ? old + step / 4 % 3 : 0x80000000) : old + step);
   }
   return bytes;
 }
@@ -241,17 +232,13 @@ TEST(ProfileModel, ClaimOfFourGigabytesCostsNone) {
   IccProfileRecord record;
   Q_InitICCProfile(&record, sizeof record);
   const int32_t status = Q_FillICCProfileStructure(&record, bytes.data(), static_cast<uint32_t>(bytes.size()));
+  EXPECT_TRUE(status == SUCCESS || status == ERR_FAILURE);
   if (status == SUCCESS) {
-    IccUnknownTagType tag{};
-    EXPECT_EQ(Q_GetICCTagTypeSig(&record, Sig("desc")), Sig("Qraw"));
-    EXPECT_EQ(Q_GetICCTagData(&record, &tag, Sig("cprt")), ERR_ICC_UNKNOWN_TAG_TYPE);
     Bytes payload(8);
     const IccUnknownTagType added = {Sig("Qraw"), 0, payload.data(), 8};
+    EXPECT_EQ(Q_GetICCTagTypeSig(&record, Sig("desc")), Sig("Qraw"));
     EXPECT_EQ(Q_SetICCTagData(&record, &added, Sig("Priv"), Sig("Qraw")), ERR_FAILURE) << "above 4 GiB";
     EXPECT_EQ(+record.tagCount, 4u);
-    Q_FreeICCTagType(&tag, Sig("Zzzz"));
-  } else {
-    EXPECT_EQ(status, ERR_FAILURE);
   }
   Q_FreeICCProfile(&record);
 }
