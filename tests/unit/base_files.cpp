@@ -32,6 +32,17 @@ TEST(Files, AreTakenAsTheyAreAskedFor) {
   EXPECT_EQ(qv_test::OpenHandles(), handles);
 }
 
+TEST(Files, HaveNamesOfEveryScript) {
+  const qv_test::Folder folder("qv_base_files");
+  for (const char16_t* script : {u"Цвет и тон", u"色彩管理", u"\U0001F308 rainbow"}) {
+    const std::filesystem::path path = folder.In("") / script;
+    const Name name = path.string<QWChar>();
+    File file;
+    EXPECT_TRUE(file.Open(name.c_str(), Disposition::kCreateAlways) && file.Write("0123456789", 10) && file.Close());
+    EXPECT_TRUE(File::Exists(name.c_str()) && std::filesystem::file_size(path) == 10);
+  }
+}
+
 TEST(LastError, IsNeverSuccessOrNegative) {
   for (const uint32_t untold : {0u, 1u, 0x80000000u})
     EXPECT_EQ(static_cast<int>(StatusOfError(untold, 31)), 31) << untold;
