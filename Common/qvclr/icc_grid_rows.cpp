@@ -14,14 +14,13 @@ namespace {
 #if QV_HAS_VECTORS
 // What tells the quads and weights of a block of pixels, in the order that interleaving leaves.
 struct Places {
-  alignas(64) uint16_t node[kBlock];  // of eight pixels of each sixteen, then of the other eight
+  alignas(64) uint16_t node[kBlock];  // as WordAt has them
   alignas(
       64) uint32_t weights[2][2 * kBlock];  // of each digit, at both z: two pixels of each sixteen, the next two ...
   alignas(64) uint8_t first_node[kBlock];   // of four inputs, the first one's node
   alignas(64) uint8_t first_rest[kBlock];   // and its rest
   const Quad* quad[kBlock];                 // of four inputs
 
-  static constexpr size_t NodeAt(size_t pixel) { return pixel % 16 / 8 * (kBlock / 2) + pixel / 16 * 8 + pixel % 8; }
   static constexpr size_t WeightsAt(size_t pixel) {
     return pixel % 16 / 2 * (kBlock / 4) + pixel / 16 * 4 + pixel % 2 * 2;
   }
@@ -62,7 +61,7 @@ HWY_INLINE SumVector AddDigit(SumVector sum, const uint32_t* weights, SumBytes l
 
 template <size_t kInputs>
 HWY_INLINE const Quad* QuadOf(const IccGrid& grid, const Places& places, size_t pixel) {
-  return kInputs == 4 ? places.quad[pixel] : grid.quads + places.node[Places::NodeAt(pixel)];
+  return kInputs == 4 ? places.quad[pixel] : grid.quads + places.node[WordAt(pixel)];
 }
 
 // The sums of a pixel, or of it and the next: for each channel that of the high bytes with what is above the lowest
@@ -134,7 +133,7 @@ void ConvertBlock(const IccGrid& grid, const uint8_t* src, uint8_t* dst) {
   FindPlaces<kInputs>(grid, src, places);
   if constexpr (kInputs == 4) {  // these grids are larger than most second caches
     for (size_t p = 0; p < kBlock; ++p) {
-      const Quad* quad = grid.quads + places.node[Places::NodeAt(p)] + places.first_node[p] * grid.layer;
+      const Quad* quad = grid.quads + places.node[WordAt(p)] + places.first_node[p] * grid.layer;
       places.quad[p] = quad;
       hwy::Prefetch(quad);
       hwy::Prefetch(quad + grid.layer);

@@ -71,7 +71,7 @@ void FillShaper(const cmsPipeline* pipeline, IccShaper* shaper) {
   using Kind = IccShaper::Kind;
   shaper->kind = Kind::kNone;
   const cmsStage* stage = cmsPipelineGetPtrToFirstStage(pipeline);
-  if (!stage || cmsPipelineInputChannels(pipeline) != 3 || cmsPipelineOutputChannels(pipeline) != 3) return;
+  if (!stage) return;
   if (HasOnlyCurves(stage)) {
     shaper->kind = Kind::kChannels;
     return;

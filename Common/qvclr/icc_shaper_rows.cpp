@@ -14,21 +14,19 @@ namespace qv::HWY_NAMESPACE {
 namespace {
 
 #if QV_HAS_VECTORS
-HWY_INLINE Planes InOrder(const Planes& planes, bool swapped) {
-  return swapped ? Planes{planes.last, planes.middle, planes.first} : planes;
+HWY_INLINE RgbPlanes LoadRgb(const IccShaper& shaper, const uint8_t* src) {
+  return LoadRgbPlanes(src, {.rgb_first = !shaper.swaps_input});
 }
 
 void ConvertChannels(const IccShaper& shaper, const uint8_t* src, uint8_t* dst) {
-  const Planes in = InOrder(LoadPlanes(src), shaper.swaps_input);
-  const Planes out = {LookUp(shaper.bytes[0], in.first), LookUp(shaper.bytes[1], in.middle),
-                      LookUp(shaper.bytes[2], in.last)};
-  StorePlanes(InOrder(out, shaper.swaps_output), dst);
+  const RgbPlanes in = LoadRgb(shaper, src);
+  StoreRgbPlanes({LookUp(shaper.bytes[0], in.r), LookUp(shaper.bytes[1], in.g), LookUp(shaper.bytes[2], in.b)}, dst,
+                 {.rgb_first = !shaper.swaps_output});
 }
 
-// Of a block, in the order in which words are narrowed.
+// Of a block, as WordAt has it.
 struct Light {
   alignas(64) uint16_t of[3][kBlock];
-  static constexpr size_t At(size_t pixel) { return pixel % 16 / 8 * (kBlock / 2) + pixel / 16 * 8 + pixel % 8; }
   HWY_INLINE void Store(size_t channel, const WordPlane& words) {
     const auto clamped = [](I16Vector light) HWY_ATTR {
       return hn::BitCast(U16(), hn::Clamp(light, hn::Zero(I16()), hn::Set(I16(), int16_t{IccShaper::kOne})));
@@ -38,11 +36,11 @@ struct Light {
   }
 };
 
-HWY_INLINE void FindLight(const IccShaper& shaper, const Planes& in, Light& light) {
+HWY_INLINE void FindLight(const IccShaper& shaper, const RgbPlanes& in, Light& light) {
   const auto linear = [&](size_t c, ByteVector bytes) HWY_ATTR {
     return WordsOf(LookUp(shaper.linear_low[c], bytes), LookUp(shaper.linear_high[c], bytes));
   };
-  const Words red = linear(0, in.first), green = linear(1, in.middle), blue = linear(2, in.last);
+  const Words red = linear(0, in.r), green = linear(1, in.g), blue = linear(2, in.b);
   const auto one = hn::Set(U16(), uint16_t{1});
   const auto row = [&](size_t c, const Pairs& pairs) HWY_ATTR {
     const auto& of = shaper.matrix[c];
@@ -62,13 +60,13 @@ HWY_INLINE void FindLight(const IccShaper& shaper, const Planes& in, Light& ligh
 
 void ConvertByMatrix(const IccShaper& shaper, const uint8_t* src, uint8_t* dst) {
   Light light;
-  FindLight(shaper, InOrder(LoadPlanes(src), shaper.swaps_input), light);
+  FindLight(shaper, LoadRgb(shaper, src), light);
   const auto encoded = [&](size_t c) { return shaper.encoded[shaper.encoding[c]].data(); };
   const uint8_t *red = encoded(0), *green = encoded(1), *blue = encoded(2);
   const int of_red = shaper.swaps_output ? 16 : 0, of_blue = 16 - of_red;
   uint8_t pixels[3 * kBlock + 1];  // each pixel's fourth byte is the next one's first
   for (size_t i = 0; i < kBlock; ++i) {
-    const size_t at = Light::At(i);
+    const size_t at = WordAt(i);
     const uint32_t pixel = static_cast<uint32_t>(red[light.of[0][at]]) << of_red |
                            static_cast<uint32_t>(green[light.of[1][at]]) << 8 |
                            static_cast<uint32_t>(blue[light.of[2][at]]) << of_blue;

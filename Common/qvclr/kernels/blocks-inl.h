@@ -105,6 +105,10 @@ using U8 = hn::ScalableTag<uint8_t>;
 using ByteVector = hn::Vec<U8>;
 constexpr size_t kBlock = hn::MaxLanes(U8());  // pixels that a block converts
 
+// Where the word of pixel `number` stands, of words that unpacking the lower eights and then the upper eights of every
+// sixteen bytes leaves.
+constexpr size_t WordAt(size_t number) { return number % 16 / 8 * (kBlock / 2) + number / 16 * 8 + number % 8; }
+
 #if QV_HAS_VECTORS
 using U16 = hn::Repartition<uint16_t, U8>;
 using I16 = hn::Repartition<int16_t, U8>;
